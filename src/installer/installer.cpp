@@ -1,0 +1,5 @@
+#include "installer/installer.h"
+
+Installer::Installer() = default;
+
+Installer::~Installer() = default;
