@@ -1,0 +1,238 @@
+#include "package/solid_decompressor.h"
+
+#include "foundation/streams/pmemory_console.h"
+#include "package/integrity_trailer.h"
+#include "package/test_container_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+// The allocation failure case asks for far more memory than exists; under the address
+// sanitizer that must come back as a failed allocation instead of a report.
+extern "C" const char* __asan_default_options()
+{
+    return "allocator_may_return_null=1";
+}
+
+namespace {
+
+using quilbtest::ChunkEntry;
+using quilbtest::solidContainer;
+using quilbtest::solidHeaderSize;
+using quilbtest::zlibCompress;
+
+struct Outcome {
+    int code;
+    std::string out;
+    std::string log;
+};
+
+Outcome decompress(const std::string& container)
+{
+    ZlibSolidDecompressor decompressor;
+    PMemoryConsole console;
+    console.flags = 0;
+    decompressor.setDebugConsole(&console);
+    unsigned char* out = nullptr;
+    long outSize = -1;
+    Outcome result;
+    result.code = decompressor.decompressData(reinterpret_cast<const unsigned char*>(container.data()),
+                                              static_cast<long>(container.size()), out, outSize);
+    if (result.code == 0) {
+        result.out.assign(reinterpret_cast<char*>(out), static_cast<size_t>(outSize));
+        delete[] out;
+    }
+    result.log = console.text();
+    return result;
+}
+
+// The last line of a log, without its "\r\n".
+std::string lastLine(const std::string& log)
+{
+    if (log.size() < 2)
+        return "";
+    size_t end = log.size() - 2;
+    size_t start = log.rfind("\r\n", end - 1);
+    return log.substr(start == std::string::npos ? 0 : start + 2, end - (start == std::string::npos ? 0 : start + 2));
+}
+
+const std::string partA = quilbtest::mixedBytes(3000, 1);
+const std::string partB = quilbtest::mixedBytes(5000, 2);
+const std::string packedA = zlibCompress(partA);
+const std::string packedB = zlibCompress(partB);
+
+// Two chunks, A then B in the output, written to the container as the table says.
+std::string twoChunks(ChunkEntry a, ChunkEntry b, const std::string& body)
+{
+    return solidContainer({a, b}, body);
+}
+
+const int64_t H2 = solidHeaderSize(2);
+const int64_t SA = static_cast<int64_t>(packedA.size());
+const int64_t SB = static_cast<int64_t>(packedB.size());
+
+TEST(SolidDecompressor, FailureCodes)
+{
+    struct Row {
+        const char* name;
+        std::function<std::string()> make;
+        int code;
+        std::string line; // expected last log line, empty for none
+    } rows[] = {
+        {"19 bytes", [] { return solidContainer({}, "", kSolidVersion, kSolidFormatDate, 1).substr(0, 19); }, -11, ""},
+        {"table cut short", [] { return solidContainer({{0, 1, 52, 1}}, "").substr(0, 40); }, -11, ""},
+        {"wrong format date", [] { return solidContainer({{0, 3000, 52, SA}}, packedA, kSolidVersion, 0x20121112); }, -21, ""},
+        {"chunk count 0", [] { return solidContainer({}, packedA); }, -21, ""},
+        {"chunk count 257", [] { return solidContainer({}, std::string(9000, 'x'), kSolidVersion, kSolidFormatDate, 257); }, -21, ""},
+        {"compressed offset inside the header",
+         [] { return twoChunks({0, 3000, H2, SA}, {3000, 5000, 5, 1}, packedA + packedB); }, -22,
+         "ERROR: Decompressor: Compressed offset is less than total header size (corrupted header - 1)"},
+        {"negative uncompressed offset", [] { return twoChunks({-1, 3000, H2, SA}, {3000, 5000, H2 + SA, SB}, packedA + packedB); },
+         -23, "ERROR: Decompressor: Uncompressed offset is negative (corrupted header - 0)"},
+        {"same compressed offset", [] { return twoChunks({0, 3000, H2, SA}, {3000, 5000, H2, SB}, packedA + packedB); }, -24,
+         "ERROR: Decompressor: Overlapping offset/size ranges (corrupted header - 0 1)"},
+        {"overlapping uncompressed ranges",
+         [] { return twoChunks({0, 3000, H2, SA}, {2999, 5000, H2 + SA, SB}, packedA + packedB); }, -24,
+         "ERROR: Decompressor: Overlapping offset/size ranges (corrupted header - 0 1)"},
+        {"gap in the uncompressed stream",
+         [] { return twoChunks({0, 3000, H2, SA}, {3001, 5000, H2 + SA, SB}, packedA + packedB); }, -25,
+         "ERROR: Decompressor: Accounted size (8000) differs from uncompressed size (8001) as reporterd (corrupted header)"},
+        {"ranges balanced by wrap-around",
+         [] {
+             const int64_t big = INT64_MAX;
+             const int64_t h4 = solidHeaderSize(4);
+             return solidContainer({{0, 20, h4, 1}, {big - 4, 10, h4 + 1, 1}, {big - 5, 10, h4 + 2, 1}, {20, -20, h4 + 3, 1}},
+                                   "abcd");
+         },
+         -25, "ERROR: Decompressor: Accounted size (20) differs from uncompressed size (20) as reporterd (corrupted header)"},
+        {"output too large to allocate", [] { return twoChunks({0, int64_t(1) << 50, H2, SA}, {int64_t(1) << 50, 5000, H2 + SA, SB}, packedA + packedB); },
+         -26, "ERROR: Decompressor: Failed to allocate memory for the uncompressed cabinet (std::bad_alloc)"},
+        {"compressed offset beyond the input",
+         [] { return twoChunks({0, 3000, H2, SA}, {3000, 5000, H2 + SA + 1000000, SB}, packedA + packedB); }, -27,
+         "ERROR: Decompressor (chunk 1): Seeking compressed offset failed (Error: -12) : (off: 1000000)"},
+        {"last chunk runs past the input",
+         [] { return twoChunks({0, 3000, H2, SA}, {3000, 5000, H2 + SA, SB + 10}, packedA + packedB); }, -28,
+         "ERROR: Decompressor (chunk 1): Reading compressed data failed (Error: -11) : (off: " + std::to_string(H2 + SA)
+             + ", size: " + std::to_string(SB + 10) + ", read: " + std::to_string(SB) + ")"},
+        {"chunk inflates to fewer bytes", [] { return twoChunks({0, 3001, H2, SA}, {3001, 4999, H2 + SA, SB}, packedA + packedB); },
+         -29, "ERROR: Decompressor (chunk 0): Uncompressing data failed (size: " + std::to_string(SA) + " B; msg: unknown error)"},
+        {"chunk inflates to more bytes", [] { return twoChunks({0, 2999, H2, SA}, {2999, 5001, H2 + SA, SB}, packedA + packedB); },
+         -29,
+         "ERROR: Decompressor (chunk 0): Uncompressing data failed (size: " + std::to_string(SA)
+             + " B; msg: output buffer is not big enough)"},
+        {"corrupted chunk data",
+         [] {
+             std::string bad = packedB;
+             bad[0] ^= 0x55;
+             return twoChunks({0, 3000, H2, SA}, {3000, 5000, H2 + SA, SB}, packedA + bad);
+         },
+         -29, "ERROR: Decompressor (chunk 1): Uncompressing data failed (size: " + std::to_string(SB) + " B; msg: corrupted compressed data)"},
+    };
+    for (const Row& row : rows) {
+        Outcome outcome = decompress(row.make());
+        EXPECT_EQ(outcome.code, row.code) << row.name;
+        EXPECT_EQ(lastLine(outcome.log), row.line) << row.name << "\nlog:\n" << outcome.log;
+        // Nothing large may be allocated before the table has passed every test.
+        if (row.code > -26) {
+            EXPECT_EQ(outcome.log.find("Allocating"), std::string::npos) << row.name;
+        }
+    }
+}
+
+TEST(SolidDecompressor, AcceptedLayouts)
+{
+    const std::string expected = partA + partB;
+    struct Row {
+        const char* name;
+        std::string container;
+    } rows[] = {
+        {"in order", twoChunks({0, 3000, H2, SA}, {3000, 5000, H2 + SA, SB}, packedA + packedB)},
+        {"table out of order, backward seek", twoChunks({3000, 5000, H2 + SA, SB}, {0, 3000, H2, SA}, packedA + packedB)},
+        {"gaps between compressed chunks",
+         twoChunks({0, 3000, H2 + 7, SA}, {3000, 5000, H2 + 7 + SA + 11, SB}, std::string(7, 'g') + packedA + std::string(11, 'g') + packedB)},
+        {"trailing bytes behind the last chunk", twoChunks({0, 3000, H2, SA}, {3000, 5000, H2 + SA, SB}, packedA + packedB + "v2sum: 0123456789abcdef")},
+        {"one chunk of everything", quilbtest::solidOf(expected, 1)},
+        {"eight chunks", quilbtest::solidOf(expected, 8)},
+        {"256 chunks", quilbtest::solidOf(expected, 256)},
+    };
+    for (const Row& row : rows) {
+        Outcome outcome = decompress(row.container);
+        ASSERT_EQ(outcome.code, 0) << row.name << "\n" << outcome.log;
+        EXPECT_TRUE(outcome.out == expected) << row.name;
+    }
+
+    Outcome logged = decompress(rows[0].container);
+    EXPECT_EQ(logged.log,
+              "Decompressor: Allocating memory for uncompressed cabinet (8000 B)\r\n"
+              "Decompressor: Starting decompression ... (2 chunks)\r\n");
+}
+
+TEST(SolidDecompressor, EmptyChunksMakeAnEmptyStream)
+{
+    Outcome outcome = decompress(quilbtest::solidOf("", 3));
+    EXPECT_EQ(outcome.code, 0) << outcome.log;
+    EXPECT_TRUE(outcome.out.empty());
+}
+
+TEST(SolidDecompressor, FactoryChecksEveryHeaderField)
+{
+    std::string valid = quilbtest::solidOf("data", 1);
+    struct Row {
+        const char* name;
+        size_t at;
+        char value;
+        bool accepted;
+    } rows[] = {
+        {"valid", 0, 'S', true},
+        {"magic", 6, 'X', false},
+        {"magic's NUL", 7, 'x', false},
+        {"version", 8, 101, false},
+        {"format date", 12, 0x12, false},
+        {"count 0", 16, 0, false},
+        {"count 256", 17, 1, true},
+        {"count 257", 16, 1, false}, // applied on top of 256 below
+        {"negative count", 19, static_cast<char>(0x80), false},
+    };
+    for (const Row& row : rows) {
+        std::string header = valid.substr(0, kSolidHeaderSize);
+        if (std::string(row.name) == "count 257") {
+            header[16] = 1;
+            header[17] = 1;
+        } else {
+            header[row.at] = row.value;
+            if (std::string(row.name) == "count 256")
+                header[16] = 0;
+        }
+        allSolidDecompressors[0] = nullptr;
+        std::unique_ptr<SolidDecompressor> made(getSolidDecompressor(reinterpret_cast<const unsigned char*>(header.data())));
+        EXPECT_EQ(made != nullptr, row.accepted) << row.name;
+        ASSERT_NE(allSolidDecompressors[0], nullptr);
+        EXPECT_STREQ(allSolidDecompressors[0], "SupportsSolid64bitSizeZlib");
+    }
+}
+
+TEST(SolidDecompressor, ErrorTexts)
+{
+    ZlibSolidDecompressor decompressor;
+    EXPECT_STREQ(decompressor.getErrorString(-5), "output buffer is not big enough");
+    EXPECT_STREQ(decompressor.getErrorString(-4), "insufficient memory");
+    EXPECT_STREQ(decompressor.getErrorString(-3), "corrupted compressed data");
+    EXPECT_STREQ(decompressor.getErrorString(-2), "unknown error");
+    EXPECT_STREQ(decompressor.getErrorString(0), "unknown error");
+}
+
+TEST(SolidDecompressor, CountBelowOneDecompressesNothing)
+{
+    ZlibSolidDecompressor decompressor;
+    MemFile in(nullptr, 0);
+    unsigned char* out = nullptr;
+    long outSize = -1;
+    EXPECT_EQ(decompressor.stripedDecompressData(in, out, outSize, nullptr, 0, 20), 0);
+    EXPECT_EQ(outSize, 0);
+    delete[] out;
+}
+
+} // namespace

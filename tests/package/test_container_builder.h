@@ -1,0 +1,152 @@
+#pragma once
+// Builders for hand-made cabinets and solid containers in tests: small, explicit, and
+// able to write any table, valid or not.
+#include "package/cabinet_format.h"
+#include "package/md5.h"
+#include "package/solid_decompressor.h"
+
+#include <zlib.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace quilbtest {
+
+inline void putU32(std::string& out, uint32_t value)
+{
+    for (int i = 0; i < 4; ++i)
+        out.push_back(static_cast<char>(value >> (8 * i)));
+}
+
+inline void putU64(std::string& out, uint64_t value)
+{
+    for (int i = 0; i < 8; ++i)
+        out.push_back(static_cast<char>(value >> (8 * i)));
+}
+
+inline std::string zlibCompress(const std::string& data, int level = 9)
+{
+    uLongf size = compressBound(data.size());
+    std::string out(size, '\0');
+    compress2(reinterpret_cast<Bytef*>(&out[0]), &size, reinterpret_cast<const Bytef*>(data.data()), data.size(), level);
+    out.resize(size);
+    return out;
+}
+
+// Deterministic bytes: text-like runs mixed with noise, so that they compress somewhat.
+inline std::string mixedBytes(size_t size, uint32_t seed)
+{
+    std::string out(size, '\0');
+    uint32_t x = seed * 2654435761u + 1;
+    for (size_t i = 0; i < size; ++i) {
+        x = x * 1664525u + 1013904223u;
+        out[i] = (i / 512) % 2 ? static_cast<char>(x >> 24) : static_cast<char>('a' + (x >> 28));
+    }
+    return out;
+}
+
+struct ChunkEntry {
+    int64_t uncompressedOffset;
+    int64_t uncompressedSize;
+    int64_t compressedOffset;
+    int64_t compressedSize;
+};
+
+// Container header and table exactly as given, then `body` (the bytes behind the table).
+inline std::string solidContainer(const std::vector<ChunkEntry>& table, const std::string& body,
+                                  uint32_t version = kSolidVersion, uint32_t date = kSolidFormatDate,
+                                  int32_t count = -1)
+{
+    std::string out(kSolidMagic, sizeof(kSolidMagic));
+    putU32(out, version);
+    putU32(out, date);
+    putU32(out, static_cast<uint32_t>(count < 0 ? static_cast<int32_t>(table.size()) : count));
+    for (const ChunkEntry& c : table) {
+        putU64(out, c.uncompressedOffset);
+        putU64(out, c.uncompressedSize);
+        putU64(out, c.compressedOffset);
+        putU64(out, c.compressedSize);
+    }
+    return out + body;
+}
+
+inline int64_t solidHeaderSize(size_t chunks)
+{
+    return kSolidHeaderSize + kSolidChunkEntrySize * static_cast<int64_t>(chunks);
+}
+
+// A valid container of `stream` cut into `chunks` equal parts, in order, without gaps.
+inline std::string solidOf(const std::string& stream, int chunks)
+{
+    std::vector<ChunkEntry> table;
+    std::string body;
+    int64_t place = solidHeaderSize(chunks);
+    for (int i = 0; i < chunks; ++i) {
+        size_t begin = stream.size() * i / chunks, end = stream.size() * (i + 1) / chunks;
+        std::string packed = zlibCompress(stream.substr(begin, end - begin));
+        table.push_back({static_cast<int64_t>(begin), static_cast<int64_t>(end - begin), place,
+                         static_cast<int64_t>(packed.size())});
+        body += packed;
+        place += packed.size();
+    }
+    return solidContainer(table, body);
+}
+
+// One 616-byte record header.
+inline std::string recordHeader(uint32_t tag, uint64_t size, uint64_t storedSize, const std::string& name,
+                                const std::string& alias, const unsigned char* md5 = nullptr)
+{
+    std::string out;
+    putU32(out, tag);
+    putU64(out, size);
+    putU64(out, storedSize);
+    putU32(out, 0);
+    out += md5 ? std::string(reinterpret_cast<const char*>(md5), 16) : std::string(16, '\0');
+    std::string field(kCabinetNameSize, '\0');
+    std::memcpy(&field[0], name.data(), name.size());
+    out += field;
+    field.assign(kCabinetAliasSize, '\0');
+    std::memcpy(&field[0], alias.data(), alias.size());
+    return out + field;
+}
+
+inline std::string endRecord()
+{
+    return recordHeader(kCabinetEndTag, 0, 0, "", "");
+}
+
+struct PackedFile {
+    std::string alias;
+    std::string content;
+};
+
+// Record stream of a solid cabinet: each content stored as it is, then the end record.
+inline std::string recordStream(const std::vector<PackedFile>& files)
+{
+    std::string out;
+    for (const PackedFile& f : files) {
+        unsigned char digest[16];
+        CalcMD5Buf(f.content.data(), static_cast<int>(f.content.size()), digest);
+        out += recordHeader(kCabinetFileTag, f.content.size(), f.content.size(), f.alias, f.alias, digest) + f.content;
+    }
+    return out + endRecord();
+}
+
+inline std::string cabinetHeader()
+{
+    std::string out;
+    putU32(out, kCabinetMagic1);
+    putU32(out, kCabinetMagic2);
+    putU32(out, kCabinetMagic3);
+    return out + std::string(kCabinetHeaderSize - 12, '\0');
+}
+
+// A whole solid cabinet of the files.
+inline std::string solidCabinet(const std::vector<PackedFile>& files, int chunks = 8)
+{
+    return cabinetHeader() + solidOf(recordStream(files), chunks);
+}
+
+} // namespace quilbtest
