@@ -1,0 +1,166 @@
+// The writer: layout, escaping, and reading written documents back.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "foundation/streams/pbuf_stream.h"
+#include "foundation/xml/pxml.h"
+#include "support/paths.h"
+#include "xml_dump.h"
+
+namespace {
+
+// Writes every top-level node of `xml` to a file and gives the file's text.
+std::string writeToText(PXML& xml, int* result = nullptr)
+{
+    quilbtest::TempDir dir;
+    int code = xml.WriteFile(dir.file("out.xml").c_str());
+    if (result)
+        *result = code;
+    return quilbtest::readFile(dir.file("out.xml"));
+}
+
+TEST(XmlWrite, Layout)
+{
+    struct Row {
+        const char* name;
+        const char* input;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {"EmptyElementWrittenAsPair", "<a/>", "<a></a>\n"},
+        {"ChildIndentedOneSpace", "<a><b/></a>", "<a>\n <b></b>\n</a>\n"},
+        {"DeeperLevels", "<a><b><c>t</c></b><d x=\"1\"/></a>",
+         "<a>\n <b>\n  <c>t</c>\n </b>\n <d x=\"1\"></d>\n</a>\n"},
+        {"AttributesInOrderWithDuplicates", "<a k=\"1\" K=\"2\">t</a>", "<a k=\"1\" K=\"2\">t</a>\n"},
+        {"EscapedData", "<a>&amp;&lt;&apos;&quot;&gt;</a>", "<a>&amp;&lt;&apos;&quot;&gt;</a>\n"},
+        {"EscapedAttribute", "<a v='&<\"&gt;'/>", "<a v=\"&amp;&lt;&quot;&gt;\"></a>\n"},
+        {"EmptyDocumentWritesNothing", "", ""},
+    };
+    for (const Row& row : rows) {
+        std::string text = row.input;
+        PXML xml;
+        xml.ParseTag(&text[0]);
+        int result = -9;
+        EXPECT_EQ(writeToText(xml, &result), row.expected) << row.name;
+        EXPECT_EQ(result, 0) << row.name;
+    }
+}
+
+TEST(XmlWrite, DataOfNodeWithChildrenNotWritten)
+{
+    PXML xml;
+    xml.SetTagData(-1, "A", "lost", false);
+    xml.SetTagData(0, "B", "kept", false);
+    EXPECT_EQ(writeToText(xml), "<A>\n <B>kept</B>\n</A>\n");
+}
+
+TEST(XmlWrite, EveryTopLevelNodeWritten)
+{
+    PXML xml;
+    xml.SetTagData(-1, "A", "1", false);
+    xml.SetTagData(-1, "B", "2", false);
+    EXPECT_EQ(writeToText(xml), "<A>1</A>\n<B>2</B>\n");
+}
+
+TEST(XmlWrite, ReadBackGivesSameTree)
+{
+    // Only the self-closing element's dataLength changes (1 -> 0): there is no
+    // self-closing output.
+    std::string text = "<?xml version=\"1.0\"?>\n"
+                       "<Root Version=\"2\">\n"
+                       "  <Var Name=\"PATH\" Value=\"a&lt;b &amp; &quot;c&quot;\">$HOME/bin</Var>\n"
+                       "  <Group><Item Id='x y'/><Item Id=\"&apos;\">t &gt; u</Item></Group>\n"
+                       "  <Empty></Empty>\n"
+                       "</Root>\n";
+    PXML xml;
+    xml.ParseTag(&text[0]);
+    std::string written = writeToText(xml);
+    PXML again;
+    again.ParseTag(&written[0]);
+    std::string before = dumpNodes(xml);
+    before.replace(before.find("data=[]/1"), 9, "data=[]/0");
+    EXPECT_EQ(dumpNodes(again), before);
+}
+
+TEST(XmlWrite, LongValuesEscapedWhole)
+{
+    // Beyond 1023 characters escaping leaves the static buffer.
+    for (size_t length : {1023u, 1024u, 5000u}) {
+        std::string value(length, '&');
+        PXML xml;
+        int node = xml.SetTagData(-1, "A", value.c_str(), false);
+        xml.SetParVal(node, "V", value.c_str());
+        std::string escaped;
+        for (size_t i = 0; i < length; ++i)
+            escaped += "&amp;";
+        EXPECT_EQ(writeToText(xml), "<A V=\"" + escaped + "\">" + escaped + "</A>\n") << length;
+    }
+}
+
+TEST(XmlWrite, WriteNodeToStream)
+{
+    std::string text = "<a><b x=\"&lt;\">1</b></a>";
+    PXML xml;
+    xml.ParseTag(&text[0]);
+    const std::string expected = "<a>\n <b x=\"&lt;\">1</b>\n</a>\n";
+
+    std::vector<char> block(expected.size());
+    PBufStream stream;
+    stream.SetBuf(block.data(), (int)block.size());
+    stream.Open();
+    EXPECT_EQ(xml.WriteNode(0, nullptr, &stream, 0), 0);
+    EXPECT_EQ(std::string(block.data(), block.size()), expected);
+
+    // One byte short: the write that does not fit is a failure.
+    PBufStream tooSmall;
+    tooSmall.SetBuf(block.data(), (int)block.size() - 1);
+    tooSmall.Open();
+    EXPECT_EQ(xml.WriteNode(0, nullptr, &tooSmall, 0), 1);
+    EXPECT_EQ(xml.WriteNode(5, nullptr, &stream, 0), 1) << "node out of range";
+}
+
+TEST(XmlWrite, LongLineToStream)
+{
+    // A line beyond the 4096-byte formatting buffer still reaches the stream whole.
+    std::string value(3000, '<');
+    PXML xml;
+    xml.SetTagData(-1, "A", value.c_str(), false);
+    std::string expected = "<A>";
+    for (int i = 0; i < 3000; ++i)
+        expected += "&lt;";
+    expected += "</A>\n";
+    std::vector<char> block(expected.size());
+    PBufStream stream;
+    stream.SetBuf(block.data(), (int)block.size());
+    stream.Open();
+    EXPECT_EQ(xml.WriteNode(0, nullptr, &stream, 0), 0);
+    EXPECT_EQ(std::string(block.data(), block.size()), expected);
+}
+
+TEST(XmlWrite, FileThatCannotBeOpened)
+{
+    quilbtest::TempDir dir;
+    PXML xml;
+    xml.SetTagData(-1, "A", "1", false);
+    EXPECT_EQ(xml.WriteFile(dir.file("missing/out.xml").c_str()), -1);
+    EXPECT_EQ(xml.WriteFile(dir.path().c_str()), -1);
+}
+
+TEST(XmlWrite, FailedWriteReported)
+{
+    if (!quilbtest::fileExists("/dev/full"))
+        GTEST_SKIP() << "no /dev/full on this system";
+    // The buffered output only fails when it is flushed; a document larger than the
+    // stdio buffer fails inside WriteNode, a small one at the close.
+    PXML big;
+    std::string value(100000, 'x');
+    big.SetTagData(-1, "A", value.c_str(), false);
+    EXPECT_EQ(big.WriteFile("/dev/full"), 1);
+    PXML small;
+    small.SetTagData(-1, "A", "1", false);
+    EXPECT_EQ(small.WriteFile("/dev/full"), 1);
+}
+
+} // namespace
