@@ -6,11 +6,14 @@
 #include <cstring>
 #include <dirent.h>
 #include <new>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "foundation/misc/path_utils.h"
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/find_data.h"
+#include "foundation/strings/tokenize.h"
 
 namespace {
 
@@ -38,6 +41,12 @@ bool isEmptyDirectory(DIR* dir)
             empty = false;
     }
     return empty && seen < 3;
+}
+
+bool isSymbolicLink(const char* path)
+{
+    struct stat info;
+    return lstat(path, &info) == 0 && S_ISLNK(info.st_mode);
 }
 
 } // namespace
@@ -191,6 +200,49 @@ int DirInfo::Delete(PConsole* console, InstallerUI* ui, LogCollector* collector)
     return result;
 }
 
+int recursiveDeleteWildcard(const char* dir, const char* wildcard, bool removeDir)
+{
+    if (!dir || !wildcard || !TeskUtils::uniPathOrFileExists(dir))
+        return -1;
+    int count = 0;
+    char pattern[kPathSize];
+    TeskUtils::copyBounded(pattern, dir, sizeof pattern);
+    TeskUtils::appendBounded(pattern, "/*", sizeof pattern);
+    TeskUtils::FindData entries(pattern);
+    for (int i = 0; i < entries.size(); ++i) {
+        char sub[kPathSize];
+        TeskUtils::copyBounded(sub, entries[i], sizeof sub);
+        size_t length = strlen(sub);
+        // The search marks directories with a trailing slash. A link to a directory is not
+        // followed: its target lies outside the tree being cleaned.
+        if (length < 2 || sub[length - 1] != '/')
+            continue;
+        sub[length - 1] = '\0';
+        if (isSymbolicLink(sub))
+            continue;
+        count += recursiveDeleteWildcard(sub, wildcard, removeDir);
+    }
+
+    TeskUtils::copyBounded(pattern, dir, sizeof pattern);
+    TeskUtils::appendBounded(pattern, "/", sizeof pattern);
+    TeskUtils::appendBounded(pattern, wildcard, sizeof pattern);
+    TeskUtils::uniFixPathDelimiters(pattern, '/');
+    TeskUtils::FindData matches(pattern);
+    for (int i = 0; i < matches.size(); ++i) {
+        ::remove(matches[i]);
+        ++count;
+    }
+
+    if (removeDir) {
+        TeskUtils::copyBounded(pattern, dir, sizeof pattern);
+        TeskUtils::appendBounded(pattern, "/*", sizeof pattern);
+        TeskUtils::FindData left(pattern);
+        if (left.empty())
+            ::rmdir(dir);
+    }
+    return count;
+}
+
 int ReadFileBuf(const char* path, int& size, TeskUtils::PtrArray<unsigned char>& data)
 {
     if (!path)
@@ -232,9 +284,7 @@ int getTempFolder(char* buffer, int size)
         return 0;
     const char* tmpdir = getenv("TMPDIR");
     TeskUtils::copyBounded(buffer, tmpdir && *tmpdir ? tmpdir : "/tmp", static_cast<size_t>(size));
-    size_t length = strlen(buffer);
-    while (length > 1 && buffer[length - 1] == '/')
-        buffer[--length] = '\0';
+    TeskUtils::removeSlashesAtEnd(buffer, size);
     return 0;
 }
 

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <sys/stat.h>
 
+#include "foundation/strings/tokenize.h"
+
 namespace {
 
 bool isDotDot(const char* text, int length)
@@ -87,6 +89,39 @@ CharString uniGetFilenameFromPath(const char* path)
     if (!slash)
         return canonical;
     return CharString(slash + 1);
+}
+
+int uniFixPathDelimiters(char* path, char slash)
+{
+    if (!path)
+        return 0;
+    int changes = 0;
+    for (char* c = path; *c; ++c) {
+        if ((*c == '/' || *c == '\\') && *c != slash) {
+            *c = slash;
+            ++changes;
+        }
+    }
+    // From the second character on, so that a leading "//" stays.
+    if (path[0]) {
+        int removed = removeNeighbouringCharacters(path + 1, slash, nullptr, AfterCharacter);
+        if (removed > 0)
+            changes += removed;
+    }
+    return changes;
+}
+
+int uniCorrectPathString(char* path)
+{
+    if (!path || !*path)
+        return 0;
+    int changes = trimWhitespace(path);
+    changes += uniFixPathDelimiters(path, '/');
+    int removed = removeNeighbouringCharacters(path, '/', " \t\n\v\f\r", BeforeCharacter);
+    if (removed > 0)
+        changes += removed;
+    changes += uniFixPathDelimiters(path, '/');
+    return changes;
 }
 
 int uniMakeDir(const char* path)
