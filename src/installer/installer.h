@@ -8,6 +8,12 @@
 // under src/installer/<area>/, and the declarations below are grouped by the same areas,
 // in the same order. Add members to the section of their area.
 
+#include "foundation/strings/ptr_array.h"
+#include "foundation/strings/table.h"
+#include "package/cabinet_format.h"
+
+#include <cstdio>
+
 class PConsole;
 
 class Installer {
@@ -22,6 +28,49 @@ public:
     PConsole* debugConsole = nullptr;
 
     // ---- Cabinet and alias access (model/cabinet.cpp) -------------------------------------
+    // Loads a cabinet. With bit 0 of `flags` (an uninstaller) `path` is an installation
+    // log, opened into logStream: 0, or -1 when it can't be opened. Otherwise the file at
+    // `path` is read from `offset` to its end, a solid body is decompressed, and a table
+    // of the file records is made (appended to any earlier one). Gives 0, or:
+    //   -2 not openable, -3 seek failed, -4 read failed or short,
+    //   -5/-6/-7 first/second/third magic word wrong, -8 unknown record tag,
+    //   -10 no memory for the cabinet, -11 and -21..-29 from the solid decompressor.
+    int Init(const char* path, int offset, unsigned int flags);
+    // A copy of record `index`'s content with a NUL behind it, into `out` (previous
+    // content released); `size` gets its length, `md5` (when not null) the record's
+    // digest. Gives 0, or -1 with nothing loaded, a bad index, or (plain cabinet) a
+    // stream that doesn't inflate into no room at all; `size` is 0 on every failure.
+    int Decompress(int index, int& size, TeskUtils::PtrArray<unsigned char>& out, unsigned char (*md5)[16]) const;
+    // As above for the last record whose alias is `alias`; -1 without a log line, and
+    // `size` untouched, when there is none.
+    int Decompress(const char* alias, int& size, TeskUtils::PtrArray<unsigned char>& out,
+                   unsigned char (*md5)[16]) const;
+    // The content of the last record of `alias`, whatever Decompress gave; an empty
+    // array, `size` untouched, for an unknown alias.
+    TeskUtils::PtrArray<unsigned char> GetAliasData(const char* alias, int& size) const override;
+    // Frees the cabinet, its record table and the file tables derived from it.
+    void freeCompressData();
+
+    // The cabinet (compressed, or after a solid decompression the record stream); null
+    // when nothing is loaded. From new[], freed here or with the object.
+    unsigned char* cabinetData = nullptr;
+    long cabinetDataSize = 0;
+    TeskUtils::Table<CabinetFile, 100> cabinetFiles;
+    int cabinetIsSolid = 0;
+    // Init copies its path into installerPath (declared with the dialog model, which
+    // shares it as the installer's stored path).
+    unsigned int initFlags = 2;
+    // The installation log in uninstall mode; null otherwise.
+    FILE* logStream = nullptr;
+
+private:
+    // Frees the cabinet and closes the log when the object dies.
+    struct CabinetReleaser {
+        Installer* owner;
+        ~CabinetReleaser();
+    } cabinetReleaser{this};
+
+public:
 
     // ---- Variable store and expansion (model/variables.cpp) -------------------------------
 

@@ -1,0 +1,38 @@
+#pragma once
+// LinuxInstaller: the engine on Linux. It fills in what the engine asks of the operating
+// system: identity around elevation, shortcuts, process control, the list of installed
+// applications and the environment journal.
+#include "foundation/strings/char_string.h"
+#include "foundation/strings/hash_map.h"
+#include "installer/installer.h"
+
+class InstallerUI;
+class VarsJournal;
+
+class LinuxInstaller : public Installer {
+public:
+    // The map of environment values set in this run, shared with the front end.
+    typedef TeskUtils::HashMap<TeskUtils::CharString, 1, 1024, 0, 1000> EnvCache;
+
+    // `uiMode` is the front end's -gui value (1 for a graphical one); `automated` means
+    // no user at the keyboard. The journal and the cache belong to the caller and may be
+    // null; the launcher passes 0 and null throughout.
+    LinuxInstaller(int uiMode, bool automated, VarsJournal* journal, EnvCache* cache);
+    ~LinuxInstaller() override;
+
+    // Process and installation probes (app_probes.cpp).
+    // True when a process whose program file is called `name` runs; the second argument
+    // plays no part. False for a null name.
+    bool isAppRunning(const char* name, const char* ignored) override;
+    // With bit value 2 in `flags`: whether the path that `name` expands to exists.
+    // Otherwise whether `name` (the product's own name for null) is registered as installed.
+    bool IsInstalled(const char* name, unsigned int flags) override;
+
+    // Set for the second object of an integrated uninstall, otherwise null.
+    InstallerUI* ui = nullptr;
+    bool automated;
+    int uiMode;
+    char configFileName[520] = {};
+    VarsJournal* journal;
+    EnvCache* cache;
+};

@@ -1,0 +1,265 @@
+#include "installer/installer.h"
+
+#include "foundation/streams/pmemory_console.h"
+#include "package/test_container_builder.h"
+#include "support/paths.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+
+namespace {
+
+using quilbtest::PackedFile;
+
+struct Loaded {
+    int code;
+    std::string log;
+};
+
+Loaded load(Installer& engine, const std::string& path, int offset = 0, unsigned flags = 0)
+{
+    PMemoryConsole console;
+    console.flags = 0;
+    engine.debugConsole = &console;
+    Loaded result{engine.Init(path.c_str(), offset, flags), console.text()};
+    engine.debugConsole = nullptr;
+    return result;
+}
+
+std::string contentOf(const Installer& engine, const char* alias, int* code = nullptr)
+{
+    int size = -7;
+    TeskUtils::PtrArray<unsigned char> out;
+    int result = engine.Decompress(alias, size, out, nullptr);
+    if (code)
+        *code = result;
+    if (result != 0)
+        return "<missing>";
+    EXPECT_EQ(out.count, size + 1) << alias;
+    EXPECT_EQ(out[size], 0) << alias << ": no NUL behind the content";
+    return std::string(reinterpret_cast<char*>(out.data), static_cast<size_t>(size));
+}
+
+TEST(Cabinet, InitFailures)
+{
+    const std::string good = quilbtest::solidCabinet({{"a", "alpha"}});
+    auto withWord = [&](int at) {
+        std::string c = good;
+        c[at] ^= 0x40;
+        return c;
+    };
+    struct Row {
+        const char* name;
+        std::function<std::string()> make; // file content; null content means no file
+        int offset;
+        int code;
+        std::string lastLine;
+    } rows[] = {
+        {"no file", nullptr, 0, -2, "ERROR: Failed to open %PATH% for decompressing!"},
+        {"seek to a negative offset", [&] { return good; }, -5, -3, "Seeking file offset -5"},
+        {"offset beyond the end", [&] { return good; }, 100000, -10,
+         "ERROR: Failed to allocate memory for the compressed cabinet (std::bad_array_new_length)"},
+        {"first magic word", [&] { return withWord(0); }, 0, -5, "Checking compressed cabinet version compatibility"},
+        {"second magic word", [&] { return withWord(5); }, 0, -6, "Checking compressed cabinet version compatibility"},
+        {"third magic word", [&] { return withWord(11); }, 0, -7, "Checking compressed cabinet version compatibility"},
+        {"shorter than the magic words", [&] { return good.substr(0, 6); }, 0, -6, "Checking compressed cabinet version compatibility"},
+        {"unknown record tag in a plain cabinet",
+         [&] { return quilbtest::cabinetHeader() + quilbtest::recordHeader(0x63280021, 0, 0, "x", "x") + quilbtest::endRecord(); }, 0, -8,
+         "Finished decompression. Initializing file headers ..."},
+        {"record stream without an end record",
+         [&] { return quilbtest::cabinetHeader() + quilbtest::solidOf(quilbtest::recordHeader(kCabinetFileTag, 3, 3, "x", "x") + "abc", 1); },
+         0, -8, "Finished decompression. Initializing file headers ..."},
+        {"stored size running past the stream",
+         [&] { return quilbtest::cabinetHeader() + quilbtest::solidOf(quilbtest::recordHeader(kCabinetFileTag, 3, 9999, "x", "x") + "abc" + quilbtest::endRecord(), 2); },
+         0, -8, "Finished decompression. Initializing file headers ..."},
+        {"solid failure passed on",
+         [&] {
+             std::string c = good;
+             c[kCabinetHeaderSize + 20 + 16 + 4] ^= 0x01; // the first chunk's compressed offset, + 4 GiB
+             return c;
+         },
+         0, -27, "ERROR: The solid decompressor failed decompressing the data (-27)!"},
+    };
+    quilbtest::TempDir dir;
+    for (const Row& row : rows) {
+        std::string path = dir.file(std::string("cab_") + row.name);
+        if (row.make) {
+            ASSERT_TRUE(quilbtest::writeFile(path, row.make()));
+        }
+        Installer engine;
+        Loaded loaded = load(engine, path, row.offset);
+        EXPECT_EQ(loaded.code, row.code) << row.name << "\n" << loaded.log;
+        std::string expected = row.lastLine;
+        size_t at = expected.find("%PATH%");
+        if (at != std::string::npos)
+            expected.replace(at, 6, path);
+        EXPECT_TRUE(loaded.log.size() >= expected.size() + 2
+                    && loaded.log.compare(loaded.log.size() - expected.size() - 2, std::string::npos, expected + "\r\n") == 0)
+            << row.name << "\n" << loaded.log;
+        EXPECT_EQ(engine.cabinetData, nullptr) << row.name;
+        int size = 0;
+        TeskUtils::PtrArray<unsigned char> out;
+        EXPECT_EQ(engine.Decompress(0, size, out, nullptr), -1) << row.name;
+    }
+}
+
+TEST(Cabinet, SolidRoundTrip)
+{
+    const std::string big = quilbtest::mixedBytes(300000, 3);
+    std::vector<PackedFile> files = {
+        {"empty", ""},
+        {"one", "1"},
+        {"install.xml", "<first/>"},
+        {"big", big},
+        {"install.xml", "<second/>"},
+    };
+    quilbtest::TempDir dir;
+    // A fake image in front of the cabinet, as in an installer file.
+    const std::string image = quilbtest::mixedBytes(7000, 9);
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("installer"), image + quilbtest::solidCabinet(files) + "v2sum: 0123456789abcdef"));
+
+    Installer engine;
+    Loaded loaded = load(engine, dir.file("installer"), static_cast<int>(image.size()));
+    ASSERT_EQ(loaded.code, 0) << loaded.log;
+    EXPECT_EQ(engine.cabinetIsSolid, 1);
+    ASSERT_EQ(engine.cabinetFiles.size(), 5);
+    EXPECT_STREQ(engine.installerPath, dir.file("installer").c_str());
+
+    EXPECT_EQ(contentOf(engine, "empty"), "");
+    EXPECT_EQ(contentOf(engine, "one"), "1");
+    EXPECT_EQ(contentOf(engine, "install.xml"), "<second/>");
+    EXPECT_TRUE(contentOf(engine, "big") == big);
+
+    int code = 0;
+    EXPECT_EQ(contentOf(engine, "absent", &code), "<missing>");
+    EXPECT_EQ(code, -1);
+
+    // The digest comes from the record; by index the first of the duplicates is there too.
+    int size = 0;
+    TeskUtils::PtrArray<unsigned char> out;
+    unsigned char digest[16];
+    ASSERT_EQ(engine.Decompress(2, size, out, &digest), 0);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(out.data), size), "<first/>");
+    unsigned char expected[16];
+    CalcMD5Buf("<first/>", 8, expected);
+    EXPECT_EQ(std::memcmp(digest, expected, 16), 0);
+
+    size = 5;
+    EXPECT_TRUE(engine.GetAliasData("nothing", size).isNull());
+    EXPECT_EQ(size, 5) << "an unknown alias leaves the size alone";
+    TeskUtils::PtrArray<unsigned char> kept = engine.GetAliasData("one", size);
+    EXPECT_EQ(size, 1);
+
+    engine.freeCompressData();
+    EXPECT_EQ(engine.cabinetFiles.size(), 0);
+    EXPECT_EQ(contentOf(engine, "one"), "<missing>");
+    EXPECT_EQ(kept[0], '1') << "arrays given out outlive the cabinet";
+
+    std::string steps = "Allocating memory for the compressed cabinet (";
+    EXPECT_EQ(loaded.log.find(steps), 0u) << loaded.log;
+    for (const char* line : {"Seeking file offset 7000\r\n", "Reading compressed cabinet into memory\r\n",
+                             "Checking compressed cabinet version compatibility\r\n", "Starting decompression of data ...\r\n",
+                             "Decompressor: Starting decompression ... (8 chunks)\r\n",
+                             "Finished decompression. Initializing file headers ...\r\n",
+                             "Finished file headers initialization.\r\n"})
+        EXPECT_NE(loaded.log.find(line), std::string::npos) << line;
+}
+
+TEST(Cabinet, DecompressWarnings)
+{
+    struct Row {
+        const char* name;
+        bool load;
+        int index;
+        const char* line;
+    } rows[] = {
+        {"before Init", false, 0, "WARNING: Attempted to Decompress from non-existing memory (No decompressed cabinet)\r\n"},
+        {"no records, index 0", true, 0, "WARNING: Attempted to Decompress from non-existing memory (Invalid file index)\r\n"},
+        {"negative index", true, -1, "WARNING: Attempted to Decompress from non-existing memory (Invalid file index)\r\n"},
+    };
+    quilbtest::TempDir dir;
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("empty.cab"), quilbtest::solidCabinet({})));
+    for (const Row& row : rows) {
+        Installer engine;
+        if (row.load) {
+            ASSERT_EQ(engine.Init(dir.file("empty.cab").c_str(), 0, 0), 0);
+        }
+        PMemoryConsole console;
+        console.flags = 0;
+        engine.debugConsole = &console;
+        int size = 9;
+        TeskUtils::PtrArray<unsigned char> out;
+        EXPECT_EQ(engine.Decompress(row.index, size, out, nullptr), -1) << row.name;
+        EXPECT_EQ(size, 0) << row.name;
+        EXPECT_EQ(console.text(), row.line) << row.name;
+        console.Clear();
+        EXPECT_EQ(engine.Decompress("anything", size, out, nullptr), -1);
+        EXPECT_EQ(console.text(), "") << "by alias a miss is silent";
+        engine.debugConsole = nullptr;
+    }
+}
+
+// A plain cabinet holds a zlib stream per file, and gives out only empty files.
+TEST(Cabinet, PlainCabinetGivesOutOnlyEmptyFiles)
+{
+    std::string emptyStream = quilbtest::zlibCompress("");
+    std::string fullStream = quilbtest::zlibCompress("content");
+    std::string cabinet = quilbtest::cabinetHeader()
+        + quilbtest::recordHeader(kCabinetFileTag, 0, emptyStream.size(), "e", "e") + emptyStream
+        + quilbtest::recordHeader(kCabinetFileTag, 7, fullStream.size(), "f", "f") + fullStream + quilbtest::endRecord();
+    quilbtest::TempDir dir;
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("plain.cab"), cabinet));
+    Installer engine;
+    ASSERT_EQ(engine.Init(dir.file("plain.cab").c_str(), 0, 0), 0);
+    EXPECT_EQ(engine.cabinetIsSolid, 0);
+    ASSERT_EQ(engine.cabinetFiles.size(), 2);
+
+    int size = -1;
+    TeskUtils::PtrArray<unsigned char> out;
+    ASSERT_EQ(engine.Decompress("e", size, out, nullptr), 0);
+    EXPECT_EQ(size, 0);
+    EXPECT_EQ(out.count, 1025);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(engine.Decompress("f", size, out, nullptr), -1);
+    EXPECT_EQ(size, 0);
+}
+
+TEST(Cabinet, SecondInitAppendsRecords)
+{
+    quilbtest::TempDir dir;
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("one.cab"), quilbtest::solidCabinet({{"x", "first"}})));
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("two.cab"), quilbtest::solidCabinet({{"y", "second"}}, 1)));
+    Installer engine;
+    ASSERT_EQ(engine.Init(dir.file("one.cab").c_str(), 0, 0), 0);
+    ASSERT_EQ(engine.Init(dir.file("two.cab").c_str(), 0, 0), 0);
+    EXPECT_EQ(engine.cabinetFiles.size(), 2);
+    EXPECT_EQ(contentOf(engine, "y"), "second");
+}
+
+TEST(Cabinet, UninstallModeOpensTheLog)
+{
+    quilbtest::TempDir dir;
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("install.log"), "/opt/app/install.xml\n"));
+    Installer engine;
+    std::strcpy(engine.installerPath, "kept");
+
+    Loaded missing = load(engine, dir.file("absent.log"), 0, 1);
+    EXPECT_EQ(missing.code, -1);
+    EXPECT_EQ(missing.log, "ERROR: Failed to open the installation log file (" + dir.file("absent.log") + ")\r\n");
+    EXPECT_EQ(engine.logStream, nullptr);
+
+    Loaded opened = load(engine, dir.file("install.log"), 0, 3);
+    EXPECT_EQ(opened.code, 0);
+    ASSERT_NE(engine.logStream, nullptr);
+    EXPECT_EQ(engine.initFlags, 3u);
+    EXPECT_STREQ(engine.installerPath, "kept");
+    char line[64] = {};
+    ASSERT_NE(fgets(line, sizeof(line), engine.logStream), nullptr);
+    EXPECT_STREQ(line, "/opt/app/install.xml\n");
+    EXPECT_EQ(contentOf(engine, "anything"), "<missing>");
+}
+
+} // namespace
