@@ -69,10 +69,11 @@ CharString::CharString(const CharString& other) : buf(other.buf)
 
 CharString& CharString::operator=(const CharString& other)
 {
-    if (other.buf)
-        ++other.buf->refCount;
+    CharStringBuf* shared = other.buf; // `other` may be this very string
+    if (shared)
+        ++shared->refCount;
     release();
-    buf = other.buf;
+    buf = shared;
     return *this;
 }
 

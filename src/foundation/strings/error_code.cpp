@@ -51,10 +51,11 @@ ErrorCode::ErrorCode(const ErrorCode& other) : head(other.head)
 
 ErrorCode& ErrorCode::operator=(const ErrorCode& other)
 {
-    if (other.head)
-        ++other.head->refCount;
+    ErrorMsg* shared = other.head; // `other` may be this very object
+    if (shared)
+        ++shared->refCount;
     clear();
-    head = other.head;
+    head = shared;
     return *this;
 }
 

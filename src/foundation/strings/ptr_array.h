@@ -37,12 +37,16 @@ public:
     }
     PtrArray& operator=(const PtrArray& other)
     {
-        if (other.counter)
-            ++other.counter->refCount;
+        // Take the fields first: `other` may be this very array.
+        T* otherData = other.data;
+        RefCounter<T>* otherCounter = other.counter;
+        int otherCount = other.count;
+        if (otherCounter)
+            ++otherCounter->refCount;
         freeMem();
-        data = other.data;
-        counter = other.counter;
-        count = other.count;
+        data = otherData;
+        counter = otherCounter;
+        count = otherCount;
         return *this;
     }
     ~PtrArray() { freeMem(); }

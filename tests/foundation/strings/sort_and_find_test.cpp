@@ -1,0 +1,106 @@
+// Sorting string pointers and searching files by pattern.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+#include <sys/stat.h>
+
+#include "foundation/strings/find_data.h"
+#include "foundation/strings/quick_sort.h"
+#include "support/paths.h"
+
+using TeskUtils::CharString;
+
+namespace {
+
+int mkdirSubdir(const quilbtest::TempDir& dir)
+{
+    return mkdir(dir.file("sub").c_str(), 0755);
+}
+
+TEST(QuickSort, OrdersBytewiseWithNullsFirst)
+{
+    // Sizes on both sides of the selection-sort threshold, with duplicates, nulls and
+    // bytes above 127.
+    srand(7);
+    for (int size : {1, 2, 9, 10, 11, 64, 500}) {
+        std::vector<CharString> strings;
+        for (int i = 0; i < size; ++i) {
+            int kind = rand() % 10;
+            if (kind == 0)
+                strings.emplace_back();
+            else if (kind == 1)
+                strings.emplace_back("\xff" "high");
+            else
+                strings.emplace_back(CharString::format("s%d", rand() % (size / 2 + 1)));
+        }
+        std::vector<CharString*> pointers;
+        for (CharString& s : strings)
+            pointers.push_back(&s);
+        pointers.push_back(nullptr);
+        std::vector<CharString*> original = pointers;
+
+        TeskUtils::quickSort__(pointers.data(), 0, static_cast<int>(pointers.size()) - 1);
+
+        std::vector<CharString*> sortedCopy = pointers, originalCopy = original;
+        std::sort(sortedCopy.begin(), sortedCopy.end());
+        std::sort(originalCopy.begin(), originalCopy.end());
+        EXPECT_EQ(sortedCopy, originalCopy) << "a permutation, size " << size;
+        for (size_t i = 1; i < pointers.size(); ++i) {
+            const char* a = pointers[i - 1] ? pointers[i - 1]->data() : nullptr;
+            const char* b = pointers[i] ? pointers[i]->data() : nullptr;
+            bool ordered = !a || (b && strcmp(a, b) <= 0);
+            EXPECT_TRUE(ordered) << "size " << size << " at " << i;
+        }
+    }
+}
+
+TEST(QuickSort, SortsASubrangeOnly)
+{
+    CharString values[] = {"z", "d", "c", "b", "a"};
+    CharString* pointers[5];
+    for (int i = 0; i < 5; ++i)
+        pointers[i] = &values[i];
+    TeskUtils::quickSort__(pointers, 1, 3);
+    EXPECT_EQ(*pointers[0], "z");
+    EXPECT_EQ(*pointers[1], "b");
+    EXPECT_EQ(*pointers[3], "d");
+    EXPECT_EQ(*pointers[4], "a");
+}
+
+TEST(FindData, MatchesMarkDirectoriesAndKeepOldResultsOnNoMatch)
+{
+    quilbtest::TempDir dir;
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("a.txt"), "a"));
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("b.txt"), "b"));
+    ASSERT_EQ(mkdirSubdir(dir), 0);
+
+    TeskUtils::FindData found((dir.path() + "/*").c_str());
+    ASSERT_EQ(found.size(), 3);
+    EXPECT_EQ(std::string(found[0]), dir.file("a.txt"));
+    EXPECT_EQ(std::string(found[2]), dir.file("sub") + "/") << "directories end in a slash";
+    EXPECT_EQ(found[3], nullptr);
+    EXPECT_EQ(found[-1], nullptr);
+
+    EXPECT_EQ(found.search((dir.path() + "/*.none").c_str()), 0);
+    EXPECT_EQ(found.size(), 3) << "no match leaves the previous results";
+    EXPECT_EQ(found.search((dir.path() + "/b*").c_str()), 1);
+    EXPECT_EQ(std::string(found.next()), dir.file("b.txt"));
+    EXPECT_EQ(found.next(), nullptr);
+
+    TeskUtils::FindData nothing("/nonexistent-dir-for-quilb/*");
+    EXPECT_TRUE(nothing.empty());
+
+    const char* home = getenv("HOME");
+    if (home && *home) {
+        TeskUtils::FindData tilde("~");
+        if (!tilde.empty()) {
+            EXPECT_EQ(std::string(tilde[0]).rfind(home, 0), 0u) << "a leading tilde is expanded";
+        }
+    }
+}
+
+} // namespace
