@@ -13,10 +13,19 @@
 #include "package/cabinet_format.h"
 
 #include <cstdio>
+#include "installer/model/condition_parser.h"
+#include "installer/model/variable_record.h"
 
 class PConsole;
 
-class Installer {
+#include "foundation/xml/pxml.h"
+#include "installer/model/colour_theme.h"
+#include "installer/model/file_sets.h"
+#include "installer/wizard/dialog_records.h"
+#include "installer/wizard/install_exchange_info.h"
+#include "installer/wizard/installer_ui.h"
+
+class Installer : public InstallExchangeInfo {
 public:
     Installer();
     virtual ~Installer();
@@ -73,18 +82,208 @@ private:
 public:
 
     // ---- Variable store and expansion (model/variables.cpp) -------------------------------
+    // Records in order of first definition, grown by 100. Predefined variables
+    // (model/predefined_variables.cpp) are no records: they are computed at each read, go
+    // before any record of the same name and can't be set.
+    TeskUtils::Table<VariableRecord, 100> variables;
+    // Set while default values are read; recalcVariables does nothing meanwhile.
+    bool suspendRecalculation = false;
+    // Whether the front end is a graphical one (its IsGUIInstaller, kept when the UI
+    // starts); read as GUI_INSTALL.
+    bool guiInstall = false;
+    // The toolkit of the front-end program, read as WX_PORT: "linux_gtk", "linux_x11" or
+    // "linux_console". Each program sets its own.
+    const char* frontEndPort = "linux_console";
+
+    // The value of `name` into `buffer` (at most size-1 characters; a null buffer only
+    // looks). Gives the record's index, -2 when a predefined or environment variable
+    // answered, -1 when unknown. "NAME:start:length" cuts the value ("#text" in either
+    // place searches); "$NAME" reads the environment, modifiers included in the name.
+    int GetVar(const char* name, char* buffer, int size) override;
+    // SetVarExt(name, value, null, VARFLAG_KEEP, null).
+    int SetVar(const char* name, const char* value) override;
+    // The text "[NAME]='VALUE'": -1 when null or malformed, else SetVar(NAME, VALUE).
+    int SetVar(const char* text);
+    // Creates or changes a record; a null value, expression or default keeps the stored
+    // one (a new record takes the default as its value). "$NAME" sets the environment and
+    // gives -1. Gives 0, or -1 for a null or empty name and for a predefined one.
+    // Changing an existing record recalculates every other recalculated variable.
+    int SetVarExt(const char* name, const char* value, const char* expression, unsigned int flags,
+                  const char* defaultValue);
+    // Recomputes a record from its expression or restores its default. 0, or -1 for an
+    // unknown or predefined name.
+    int ResetVar(const char* name, VariableResetType kind);
+    // The default value of a record; for a predefined or environment name its current value.
+    // Results as GetVar; -1 also for a null buffer.
+    int GetVarDefaultValue(const char* name, char* buffer, int size) override;
+    // -2 and the value when `name` is predefined, -1 when not (or when TEMP_DIR can't be
+    // had). A null buffer only looks, except that HAVE_RPM and HAVE_DPKG always probe.
+    int getPredefinedVar(const char* name, char* buffer, int size);
+    // Expands the [NAME] references of a template text into `buffer` (a null buffer
+    // measures). Gives the length of the full expansion plus one, 0 for a null or empty
+    // text, and with `strict` 0 for any unknown reference (the buffer is emptied then).
+    int ExpandString(const char* text, char* buffer, int size, bool strict) override;
+    // ExpandString into `out`, sized to fit; a result of 0 leaves `out` alone.
+    int ExpandCharString(const char* text, TeskUtils::CharString& out, bool strict);
+    // Expands the $NAME references of a recalculation expression. 1, or 0 for an unknown
+    // name or an output that would not fit (left unterminated then).
+    int expandVariables(const char* expression, char* buffer, int size);
+    // Recomputes every record with VARFLAG_RECALCULATE but `except` (-1 for none), each
+    // after the ones its expression uses.
+    void recalcVariables(int except);
 
     // ---- Condition expressions (model/conditions.cpp) -------------------------------------
+    // 1 true, 0 false, -1 a condition that can't be parsed (which every caller takes as
+    // true). A null or empty condition is true.
+    int EvalCondition(const char* condition) override;
+    // Where conditions are expanded before parsing.
+    ConditionBuffer conditionBuffer;
 
     // ---- Install template and product description (model/template.cpp) -------------------
+    // The install template, read once and kept for the whole run; every later lookup goes
+    // to it by tag.
+    PXML templateXml;
+
+    // The product description as GetProductDesc reads it: texts cut at 198 characters.
+    struct ProductDescription {
+        char fullName[200];
+        char majorVersion[200];
+        char minorVersion[200];
+        char minestVersion[200];
+        char letterVersion[200];
+        char website[200];
+        char supportSite[200];
+        char supportEmail[200];
+    };
+    // Fills `desc` from ProductDesc. Gives 0, or -1 when the tag is missing.
+    int GetProductDesc(ProductDescription& desc);
+
+    // Plain accessors: the tag's text, unexpanded. The buffer is cleared over its whole
+    // size and receives at most size-2 characters. 0, or -1 for a null buffer or a
+    // missing tag or text.
+    int GetAppName(char* buffer, int size) override;
+    int GetAppMajorVer(char* buffer, int size) override;
+    int GetAppWebsite(char* buffer, int size) override;
+    int GetAppSupportEmail(char* buffer, int size) override;
+    int GetInstallHelpURL(char* buffer, int size) override;
+    // "Major.Minor.Minest"; the caller's buffer must hold it (200 bytes). -1 for a null
+    // buffer or a missing part, leaving what was built so far.
+    int GetAppFullVer(char* buffer, int size) override;
+    // The expanded Title, else "Name - ver. x.y.z", else the name alone; "Unknown title"
+    // with -1 when there is no name either.
+    int GetAppTitle(char* buffer, int size) override;
+    // Expanded paths of the Uninstall section: 0, 1 when the expansion is empty, -1 when
+    // the tag or its text is missing.
+    int GetInstallLogFile(char* buffer, int size) override;
+    int GetInstallBackupFile(char* buffer, int size) override;
+    int GetUninstallCmd(char* buffer, int size) override;
+    int GetUninstallXMLFile(char* buffer, int size) override;
+    // The expanded AbortMessages child for `state` (AbortInstall for 1, AbortBusy for 5,
+    // Cancel otherwise); `skip` receives EvalCondition of its Skip attribute.
+    TeskUtils::CharString GetAbortMessage(SETTINGSTATE state, int& skip) override;
+
+    // The control variables: the names under which the template wants to see the
+    // engine's states. Empty when the template names none.
+    enum ControlVariable {
+        CV_PREVIOUS_INSTALLATION,
+        CV_LEGACY_INSTALLATION,
+        CV_SHOULD_UNINSTALL,
+        CV_CUSTOMIZE_SETTINGS,
+        CV_PROGRESS_DETAILS,
+        CV_INSTALL_ERROR,
+        CV_UNINSTALL_ERROR,
+        CV_DLG_CONDITION,
+        CV_EXTERNAL_LEGACY_INSTALLATION,
+        CV_INSTALLATIONS_COUNT,
+        CV_COUNT,
+    };
+    char controlVariables[CV_COUNT][200] = {};
+    // The tag under InstallerControlVariables that names `which`.
+    static const char* controlVariableTag(int which);
+    // The name configured for `which` ("" when none).
+    const char* getControlVariableName(ControlVariable which) const;
+    // Reads InstallerControlVariables. Gives 0, or -1 when the section is missing.
+    int ExtractControlVariableNames();
+
+    // The colour theme. Read only for graphical front ends; the caller checks
+    // IsGUIInstaller.
+    InstallerTheme theme;
+    bool customThemed = false;
+    // Reads ColourTheme into `theme`. Gives 0, or -1 when the section is missing.
+    int ExtractColourThemeInfo();
+    // The colour of a colour attribute's value: "Group:name" names a custom group,
+    // anything else is 0xRRGGBB; null gives COLOUR_NOT_SET.
+    uint64_t getColourReference(const char* value) const;
+    // Fills every unset colour of the dialogs from the theme (or, unthemed, only notes
+    // whether some dialog sets a colour itself).
+    void SetDlgThemeColours();
+    bool CustomThemedGUI() override;
+    uint64_t GetThemeColour(THEMECOLOUR colour) override;
+    int GetDlgColour(int dlg, int sub, uint64_t& background, uint64_t& foreground) override;
 
     // ---- File sets (model/file_sets.cpp) --------------------------------------------------
+    TeskUtils::Table<InstallTypeInfo, -1> installTypes;
+    TeskUtils::Table<FileSetInfo, -1> fileSets;
+    TeskUtils::Table<FILENAMES, -1> fileNames;  // per file set in reverse document order
+    // Fills the three tables from the template. Always 0.
+    int GetFilesInfo();
+    // Empties and frees the three tables.
+    void freeFilesInfo();
+    // The LOG_DEST_* mask of a Log attribute: 1 for null or empty, 0 once "None" is met.
+    static int getLogDestination(const char* spec);
+    int GetAliasDestination(const char* alias, char* out, int size) const override;
 
     // ---- Default values, command line, configuration file (model/default_values.cpp) ------
 
     // ---- Dialog model (wizard/dialogs.cpp) ------------------------------------------------
+    TeskUtils::Table<DLGINFO, 16> dialogs;
+    // Reads Dialogs (or UninstallDialogs when `uninstall` is non-zero) into `dialogs`.
+    // Gives 0, or -1 when the section is missing or a sub-dialog couldn't be read.
+    int ExtractDialogsInfo(int uninstall);
+    // A dialog's own attributes; an empty dialog of default size for a bad node.
+    DLGINFO ExtractDialogInfo(int node);
+    // The element readers, each over the children of dlg.node; they give the number of
+    // records added (ExtractSubDialogsInfo: the sub-dialogs' buttons, or -1;
+    // ExtractTaskListInfo: 0 or -1).
+    int ExtractFieldsInfo(DLGINFO& dlg);
+    int ExtractControlsInfo(DLGINFO& dlg);
+    int ExtractButtonsInfo(DLGINFO& dlg);
+    int ExtractTriggersInfo(DLGINFO& dlg);
+    int ExtractSubDialogsInfo(DLGINFO& dlg);
+    int ExtractTaskListInfo(DLGINFO& dlg);
+    // Cleans the path in the variable of every Directory field and writes it back when
+    // it changed.
+    void correctDirVariables();
+
+    DLGINFO* GetDialogInfo(int dlg, int sub) override;
+    int GetDialogsCount() override;
+    int GetDialogWidth(int dlg) override;
+    int GetDialogHeight(int dlg) override;
+    int GetSubDialogsCount(int dlg) override;
+    UICTRL* GetDlgItem(int dlg, int index, int sub) override;
+    int GetDlgItemCount(int dlg, int sub) override;
+    BUTTONINFO* GetDlgButton(int dlg, int index, int sub) override;
+    int GetDlgButtonCount(int dlg, int sub) override;
+    FIELDINFO* GetField(int dlg, int index, int sub) override;
+    int GetTaskInfoCount(int dlg) override;
+    TASKINFO* GetTaskInfo(int dlg, int index) override;
+    int GetFieldCount(int dlg, int sub) override;
+
+    // The installer's directory, where the configuration file goes; empty until set.
+    char installerPath[520] = {};
+    void SetInstallerPath(const char* path) override;
+    int GetInstallerPath(char* buffer, int size) override;
 
     // ---- Navigation and triggers (wizard/navigation.cpp) ----------------------------------
 
     // ---- Platform operations, overridden by LinuxInstaller --------------------------------
+    // Whether a process whose program is called `name` runs; the second argument is a
+    // directory that platforms may use to narrow the search. False here.
+    virtual bool isAppRunning(const char* name, const char* directory);
+    // Whether the application `name` (the product itself for null) is installed; with bit
+    // value 2 in `flags` the name is a path template to test for existence. False here.
+    virtual bool IsInstalled(const char* name, unsigned int flags);
+    // Runs a shell command line and gives its exit status as system() does; the probes of
+    // HAVE_RPM and HAVE_DPKG go through it.
+    virtual int runShellStatus(const char* command);
 };
