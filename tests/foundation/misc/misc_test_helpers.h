@@ -6,18 +6,14 @@
 
 namespace misctest {
 
-// Sets an environment variable for the life of the object (null unsets it) and puts the
-// old value back afterwards.
+// Sets an environment variable (null unsets it) for the life of the object, then restores it.
 class EnvGuard {
 public:
     EnvGuard(const char* name, const char* value);
     ~EnvGuard();
-    EnvGuard(const EnvGuard&) = delete;
-    EnvGuard& operator=(const EnvGuard&) = delete;
 
 private:
-    std::string name_;
-    std::string old_;
+    std::string name_, old_;
     bool hadValue_;
 };
 
@@ -28,8 +24,5 @@ public:
     void Write(const char* text, int size) override { lines.append(text, size); }
     std::string lines;
 };
-
-bool isDirectory(const std::string& path);
-bool makeDirectory(const std::string& path);
 
 } // namespace misctest
