@@ -1,0 +1,289 @@
+// The variable store of the engine: lookup with modifiers and environment references,
+// creation and change of records, reset, default values and dependency-ordered
+// recalculation. Predefined variables are in predefined_variables.cpp, the two expansion
+// languages in expansion.cpp.
+#include <cassert>
+#include <cstdlib>
+#include <cstring>
+#include <strings.h>
+
+#include "foundation/streams/pconsole.h"
+#include "foundation/strings/tesk_utils.h"
+#include "foundation/strings/tokenize.h"
+#include "installer/installer.h"
+
+namespace {
+
+// Expansions of recalculated values may run longer than the value field; they are made in
+// a buffer of this size and then cut to the field.
+const int kRecalcLimit = 1024;
+
+} // namespace
+
+int Installer::GetVar(const char* name, char* buffer, int size)
+{
+    if (!name || !*name)
+        return -1;
+
+    // "NAME:start:length": the base names the variable, the rest cuts its value.
+    char base[VARIABLE_NAME_SIZE];
+    const char* colon = strchr(name, ':');
+    const char* modifiers = colon ? colon + 1 : "";
+    size_t baseLength = colon ? static_cast<size_t>(colon - name) : strlen(name);
+    TeskUtils::copyBounded(base, name, baseLength + 1 < sizeof(base) ? baseLength + 1 : sizeof(base));
+
+    int result;
+    if (base[0] != '$') {
+        if (!base[0])
+            return -1;
+        result = getPredefinedVar(base, buffer, size);
+        if (result == -1) {
+            for (int i = variables.count - 1; i >= 0 && result == -1; --i) {
+                if (strncasecmp(base, variables[i].name, VARIABLE_NAME_SIZE) == 0)
+                    result = i;
+            }
+            if (result == -1 || !buffer)
+                return result;
+            if (size > 0) {
+                memset(buffer, 0, static_cast<size_t>(size));
+                TeskUtils::copyBounded(buffer, variables[result].value, static_cast<size_t>(size));
+            }
+        }
+    } else {
+        // The whole argument names the environment variable, modifiers included: "$HOME:1"
+        // asks for "HOME:1" and does not fall back to "HOME".
+        const char* value = getenv(name + 1);
+        if (!value) {
+            if (buffer && size > 0)
+                buffer[0] = '\0';
+            if (debugConsole)
+                debugConsole->Dump("WARNING: Environment variable \"%s\" is not defined!", base + 1);
+            return -1;
+        }
+        if (buffer && size > 0)
+            TeskUtils::copyBounded(buffer, value, static_cast<size_t>(size));
+        result = -2;
+    }
+
+    if (!buffer || size < 1 || !*modifiers)
+        return result;
+
+    // The kept part runs from `start` to `end`, offsets into the value.
+    char startToken[VARIABLE_NAME_SIZE];
+    char lengthToken[VARIABLE_NAME_SIZE];
+    const char* split = strchr(modifiers, ':');
+    size_t startLength = split ? static_cast<size_t>(split - modifiers) : strlen(modifiers);
+    TeskUtils::copyBounded(startToken, modifiers,
+                           startLength + 1 < sizeof(startToken) ? startLength + 1 : sizeof(startToken));
+    TeskUtils::copyBounded(lengthToken, split ? split + 1 : "", sizeof(lengthToken));
+
+    const long valueLength = static_cast<long>(strlen(buffer));
+    long start = 0;
+    long end = valueLength;
+    if (startToken[0] == '#') {
+        const char* found = strstr(buffer, startToken + 1);
+        if (found)
+            start = (found - buffer) + static_cast<long>(strlen(startToken + 1));
+    } else if (startToken[0]) {
+        int n = 0;
+        if (!TeskUtils::fromString(n, startToken)) {
+            if (debugConsole)
+                debugConsole->Dump("WARNING: Invalid modifier used for substring of a variable: [%s]", name);
+        } else {
+            if (n < 0)
+                n = 0;  // a negative start has no meaning of its own: it counts from the start
+            start = n < valueLength ? n : end;
+        }
+    }
+    if (lengthToken[0] == '#') {
+        const char* found = strstr(buffer + start, lengthToken + 1);
+        if (found)
+            end = found - buffer;
+    } else if (lengthToken[0]) {
+        int n = 0;
+        if (!TeskUtils::fromString(n, lengthToken)) {
+            if (debugConsole)
+                debugConsole->Dump("WARNING: Invalid modifier used for length of a substring of variable: [%s]",
+                                   name);
+        } else if (start + n < end) {
+            end = start + n;
+        }
+    }
+    if (start < end) {
+        memmove(buffer, buffer + start, static_cast<size_t>(end - start));
+        buffer[end - start] = '\0';
+    } else {
+        buffer[0] = '\0';
+    }
+    return result;
+}
+
+int Installer::SetVar(const char* name, const char* value)
+{
+    return SetVarExt(name, value, nullptr, VARFLAG_KEEP, nullptr);
+}
+
+int Installer::SetVar(const char* text)
+{
+    if (!text)
+        return -1;
+    char name[VARIABLE_NAME_SIZE];
+    char value[VARIABLE_NAME_SIZE];
+    if (!TeskUtils::delimitedSubstring(text, '[', ']', name, sizeof(name)))
+        return -1;
+    if (!TeskUtils::delimitedSubstring(text, '\'', '\'', value, sizeof(value)))
+        return -1;
+    return SetVar(name, value);
+}
+
+int Installer::SetVarExt(const char* name, const char* value, const char* expression, unsigned int flags,
+                         const char* defaultValue)
+{
+    if (!name || !*name)
+        return -1;
+    if (name[0] == '$') {
+        // Callers ignore the result: the environment is set, and no record is made.
+        teskutils_putenv(name + 1, value ? value : defaultValue ? defaultValue : "");
+        return -1;
+    }
+
+    int index = GetVar(name, nullptr, 0);
+    if (index == -2)
+        return -1;
+
+    if (index == -1) {
+        VariableRecord& record = variables.append();
+        record.flags = flags & ~static_cast<unsigned int>(VARFLAG_KEEP);
+        TeskUtils::copyBounded(record.name, name, sizeof(record.name));
+        TeskUtils::copyBounded(record.defaultValue, defaultValue ? defaultValue : "", sizeof(record.defaultValue));
+        TeskUtils::copyBounded(record.value, value ? value : defaultValue ? defaultValue : "",
+                               sizeof(record.value));
+        TeskUtils::copyBounded(record.expression, expression ? expression : "", sizeof(record.expression));
+        if (!(record.flags & VARFLAG_VERBATIM)) {
+            TeskUtils::removeDoubleSlashes(record.defaultValue);
+            TeskUtils::removeDoubleSlashes(record.value);
+            TeskUtils::removeDoubleSlashes(record.expression);
+        }
+        return 0;
+    }
+
+    VariableRecord& record = variables[index];
+    unsigned int effective = (flags & VARFLAG_KEEP) ? record.flags : flags;
+    TeskUtils::copyBounded(record.name, name, sizeof(record.name));
+    if (defaultValue)
+        TeskUtils::copyBounded(record.defaultValue, defaultValue, sizeof(record.defaultValue));
+    if (value)
+        TeskUtils::copyBounded(record.value, value, sizeof(record.value));
+    if (expression)
+        TeskUtils::copyBounded(record.expression, expression, sizeof(record.expression));
+    if (!(effective & VARFLAG_VERBATIM)) {
+        TeskUtils::removeDoubleSlashes(record.defaultValue);
+        TeskUtils::removeDoubleSlashes(record.value);
+        TeskUtils::removeDoubleSlashes(record.expression);
+    }
+    record.flags = effective & ~static_cast<unsigned int>(VARFLAG_KEEP);
+    recalcVariables(index);
+    return 0;
+}
+
+namespace {
+
+// Runs the expression of `record` into its value as an in-place expansion with `limit`
+// would: what the expansion writes replaces the start of the old value, the rest of the old
+// value stays behind a failed expansion, and the result is cut to the field. Working on a
+// copy keeps the other fields intact and lets an expression read the variable's own old
+// value.
+void expandIntoValue(Installer& installer, int index, int limit)
+{
+    char work[kRecalcLimit + 1];
+    assert(limit <= kRecalcLimit);
+    memset(work, 0, sizeof(work));
+    char expression[VARIABLE_VALUE_SIZE];
+    memcpy(work, installer.variables[index].value, VARIABLE_VALUE_SIZE);
+    memcpy(expression, installer.variables[index].expression, VARIABLE_VALUE_SIZE);
+    installer.expandVariables(expression, work, limit);
+    TeskUtils::copyBounded(installer.variables[index].value, work, VARIABLE_VALUE_SIZE);
+}
+
+} // namespace
+
+int Installer::ResetVar(const char* name, VariableResetType kind)
+{
+    if (!name)
+        return -1;
+    int index = GetVar(name, nullptr, 0);
+    if (index < 0)
+        return -1;
+    VariableRecord& record = variables[index];
+    if (kind == VARRESET_DEFAULT) {
+        TeskUtils::copyBounded(record.value, record.defaultValue, sizeof(record.value));
+        return 0;
+    }
+    expandIntoValue(*this, index, VARIABLE_VALUE_SIZE);
+    if (kind == VARRESET_RECALCULATE)
+        variables[index].flags |= VARFLAG_RECALCULATE;
+    else
+        variables[index].flags &= ~static_cast<uint32_t>(VARFLAG_RECALCULATE);
+    return 0;
+}
+
+int Installer::GetVarDefaultValue(const char* name, char* buffer, int size)
+{
+    if (!name || !buffer)
+        return -1;
+    int index = GetVar(name, buffer, size);
+    if (index >= 0 && size > 0)
+        TeskUtils::copyBounded(buffer, variables[index].defaultValue, static_cast<size_t>(size));
+    return index;
+}
+
+void Installer::recalcVariables(int except)
+{
+    if (suspendRecalculation || variables.count == 0)
+        return;
+
+    // The recalculated records, from the last to the first.
+    int* order = new int[variables.count];
+    int n = 0;
+    for (int i = variables.count - 1; i >= 0; --i) {
+        if ((variables[i].flags & VARFLAG_RECALCULATE) && i != except)
+            order[n++] = i;
+    }
+    if (n == 0) {
+        delete[] order;
+        return;
+    }
+
+    // uses[a * n + b]: the expression of collected variable a holds "$" and the name of b,
+    // as a plain substring.
+    unsigned char* uses = new unsigned char[static_cast<size_t>(n) * n];
+    char pattern[VARIABLE_NAME_SIZE + 1];
+    for (int b = 0; b < n; ++b) {
+        pattern[0] = '$';
+        TeskUtils::copyBounded(pattern + 1, variables[order[b]].name, VARIABLE_NAME_SIZE);
+        for (int a = 0; a < n; ++a)
+            uses[a * n + b] = a != b && strstr(variables[order[a]].expression, pattern) != nullptr;
+    }
+
+    // One pass that moves a variable behind the ones it uses; a cycle just gives some order.
+    int* position = new int[n];
+    for (int i = 0; i < n; ++i)
+        position[i] = i;
+    for (int p = 0; p + 1 < n; ++p) {
+        for (int k = p + 1; k < n; ++k) {
+            if (uses[position[p] * n + position[k]]) {
+                int held = position[p];
+                position[p] = position[k];
+                position[k] = held;
+            }
+        }
+    }
+
+    // A failed expansion is not reported and may leave a partial value.
+    for (int i = 0; i < n; ++i)
+        expandIntoValue(*this, order[position[i]], kRecalcLimit);
+
+    delete[] position;
+    delete[] uses;
+    delete[] order;
+}
