@@ -27,17 +27,6 @@ TEST(HashLittle, KnownValues)
     EXPECT_EQ(hashlittle(text, 30, 1), 0xcd628161u);
 }
 
-TEST(HashLittle, AlignmentDoesNotMatter)
-{
-    char storage[64];
-    const char* text = "alignment-independent key";
-    uint32_t expected = hashlittle(text, strlen(text), 0);
-    for (int offset = 1; offset < 8; ++offset) {
-        memcpy(storage + offset, text, strlen(text) + 1);
-        EXPECT_EQ(hashlittle(storage + offset, strlen(text), 0), expected) << offset;
-    }
-}
-
 TEST(HashMap, StartsAtAPrimeAndShrinksOneStepPerNewKey)
 {
     StringMap map;
@@ -56,10 +45,7 @@ TEST(HashMap, GrowsWhenTheLoadReaches76Percent)
     ASSERT_EQ(map.bucketCount(), 13);
     // 10 entries in 13 buckets is a load of 76: the 11th key moves to 29 buckets;
     // 22 entries in 29 is 75, 23 is 79: the 24th key moves to 59.
-    const struct {
-        int keys;
-        int buckets;
-    } checkpoints[] = {{10, 13}, {11, 29}, {23, 29}, {24, 59}};
+    const struct { int keys, buckets; } checkpoints[] = {{10, 13}, {11, 29}, {23, 29}, {24, 59}};
     int inserted = 0;
     for (const auto& point : checkpoints) {
         for (; inserted < point.keys; ++inserted)
@@ -128,10 +114,6 @@ TEST(HashMap, KeysAreCopiedAndDistinct)
     EXPECT_EQ(map.remove("absent"), 0);
     EXPECT_EQ(map.remove(nullptr), 1);
     EXPECT_EQ(map.find(nullptr), nullptr);
-
-    int visited = 0;
-    map.forEach([&](const char*, CharString&) { ++visited; });
-    EXPECT_EQ(visited, 3);
 }
 
 struct Counted {

@@ -14,21 +14,10 @@ namespace {
 
 TEST(StringBuilder, ConstructorBoundsItsSettings)
 {
-    struct Row {
-        long blockSize;
-        float growth;
-        long expectedBlock;
-        float expectedGrowth;
-    };
-    const Row rows[] = {
-        {5, 2.0f, 16, 2.0f}, {16, 1.0f, 16, 0.0f}, {100, 0.5f, 100, 0.0f}, {64, 5000.0f, 64, 1024.0f},
-    };
-    for (const Row& row : rows) {
-        StringBuilder builder(row.blockSize, row.growth);
-        EXPECT_EQ(builder.getBlockSize(), row.expectedBlock) << row.blockSize;
-        EXPECT_EQ(builder.getGrowth(), row.expectedGrowth) << row.growth;
-        EXPECT_EQ(builder.getCapacity(), 0) << "no block before the first append";
-    }
+    EXPECT_EQ(StringBuilder(5, 2.0f).getBlockSize(), 16);
+    EXPECT_EQ(StringBuilder(16, 1.0f).getGrowth(), 0.0f);
+    EXPECT_EQ(StringBuilder(64, 5000.0f).getGrowth(), 1024.0f);
+    EXPECT_EQ(StringBuilder(64, 1.5f).getCapacity(), 0) << "no block before the first append";
 }
 
 TEST(StringBuilder, CapacityGrowsByBlocksAndFactor)
@@ -37,12 +26,7 @@ TEST(StringBuilder, CapacityGrowsByBlocksAndFactor)
         int add;       // characters appended
         long capacity; // expected afterwards
     };
-    struct Row {
-        const char* name;
-        long blockSize;
-        float growth;
-        std::vector<Step> steps;
-    };
+    struct Row { const char* name; long blockSize; float growth; std::vector<Step> steps; };
     const Row rows[] = {
         {"blocks only: the terminator needs room too", 16, 0.0f, {{1, 16}, {14, 16}, {1, 32}, {40, 64}}},
         {"factor 2 beats the rounded need", 16, 2.0f, {{1, 16}, {20, 32}, {11, 64}}},
