@@ -1,0 +1,161 @@
+// The colour theme: parsing, conditional and custom colours, references and defaults.
+#include <cstdint>
+
+#include <gtest/gtest.h>
+
+#include "installer/template/template_helpers.h"
+
+using quilbtest::LoadedTemplate;
+
+namespace {
+
+TEST(ColourTheme, ParsesRgbIntoBgr)
+{
+    struct Case {
+        const char* text;
+        uint64_t colour;
+    } cases[] = {
+        {"0x2a2a2a", 0x2a2a2a}, {"0x112233", 0x332211}, {"112233", 0x332211},
+        {"0xff", 0xff0000},     {"0x0000FF", 0xff0000}, {"", COLOUR_NOT_SET},
+        {nullptr, COLOUR_NOT_SET},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text ? c.text : "(null)");
+        EXPECT_EQ(c.colour, parseThemeColour(c.text));
+    }
+}
+
+// Loads theme.xml with DARK set as given and reads theme and dialogs.
+void loadTheme(LoadedTemplate& t, const char* dark)
+{
+    ASSERT_TRUE(t.loadFile("theme.xml"));
+    t.installer->SetVar("DARK", dark);
+    ASSERT_EQ(0, t.installer->ExtractColourThemeInfo());
+    ASSERT_EQ(0, t.installer->ExtractDialogsInfo(0));
+}
+
+TEST(ColourTheme, SectionColoursConditionsAndGroups)
+{
+    LoadedTemplate light;
+    loadTheme(light, "0");
+    Installer& engine = *light.installer;
+    EXPECT_TRUE(engine.CustomThemedGUI());
+    EXPECT_EQ(0x332211u, engine.GetThemeColour(TC_DIALOG_BACKGROUND));
+    EXPECT_EQ(0x2a2a2au, engine.GetThemeColour(TC_DIALOG_FOREGROUND));
+    EXPECT_EQ(COLOUR_NOT_SET, engine.GetThemeColour(TC_INVALID_FIELD_BACKGROUND));
+    EXPECT_EQ(COLOUR_NOT_SET, engine.GetThemeColour(TC_HIGHLIGHTED_TEXT));
+    EXPECT_EQ(COLOUR_NOT_SET, engine.GetThemeColour(TC_COUNT));
+    EXPECT_EQ(COLOUR_NOT_SET, engine.GetThemeColour(static_cast<THEMECOLOUR>(-1)));
+    EXPECT_EQ(1, light.logCount("WARNING: Theme custom group tag missing a 'Name' attribute!\r\n"));
+    EXPECT_EQ(1, light.logCount("WARNING: Colour theme tag is not supported by installer: \"Sparkle\"\r\n"));
+
+    // A later tag of the same name wins when its condition holds.
+    LoadedTemplate dark;
+    loadTheme(dark, "1");
+    EXPECT_EQ(0u, dark.installer->GetThemeColour(TC_DIALOG_BACKGROUND));
+
+    struct Reference {
+        const char* value;
+        uint64_t colour;
+    } references[] = {
+        {"Group:Accent", 0x0000ff}, {"GROUP:Accent", 0x0000ff},
+        {"Group:accent", COLOUR_NOT_SET}, {"Group:Nothing", COLOUR_NOT_SET},
+        {"0x123456", 0x563412}, {nullptr, COLOUR_NOT_SET},
+    };
+    for (const Reference& r : references) {
+        SCOPED_TRACE(r.value ? r.value : "(null)");
+        EXPECT_EQ(r.colour, engine.getColourReference(r.value));
+    }
+}
+
+TEST(ColourTheme, DefaultsFillWhatTheTemplateLeftUnset)
+{
+    LoadedTemplate t;
+    loadTheme(t, "0");
+    Installer& engine = *t.installer;
+    const uint64_t dialogBackground = 0x332211, dialogForeground = 0x2a2a2a;
+    const uint64_t activeText = 0xff0000, unset = COLOUR_NOT_SET;
+
+    uint64_t background = 0, foreground = 0;
+    ASSERT_EQ(0, engine.GetDlgColour(0, -1, background, foreground));
+    EXPECT_EQ(dialogBackground, background);
+    EXPECT_EQ(dialogForeground, foreground);
+    EXPECT_EQ(-1, engine.GetDlgColour(9, -1, background, foreground));
+    EXPECT_EQ(unset, background);
+
+    struct ControlCase {
+        int index;
+        int type;
+        uint64_t foreground;
+        uint64_t background;
+    } controls[] = {
+        {0, CTRL_TEXT, activeText, dialogBackground},
+        {1, CTRL_TEXT, 0x0000ff, 0x010000},  // set by the template, kept
+        {2, CTRL_HLINE, 0xefcdab, unset},
+        {3, CTRL_PROGRESS, 0x00ff00, unset},  // no ProgressBarBackground in the theme
+        {4, CTRL_LIST, activeText, 0x030201},
+        {5, CTRL_IMAGE, unset, dialogBackground},
+    };
+    for (const ControlCase& c : controls) {
+        SCOPED_TRACE(c.index);
+        const UICTRL* ctrl = engine.GetDlgItem(0, c.index, -1);
+        ASSERT_NE(nullptr, ctrl);
+        EXPECT_EQ(c.type, ctrl->type);
+        EXPECT_EQ(c.foreground, ctrl->foreground);
+        EXPECT_EQ(c.background, ctrl->background);
+    }
+
+    const FIELDINFO* field = engine.GetField(0, 0, -1);
+    ASSERT_NE(nullptr, field);
+    EXPECT_EQ(dialogForeground, field->labelColour);  // FieldForeground set: dialog's own
+    EXPECT_EQ(dialogBackground, field->background);   // no FieldBackground
+    EXPECT_EQ(0x0f0000u, field->inputBackground);
+    EXPECT_EQ(0x404040u, field->inputForeground);
+    EXPECT_EQ(0x202020u, field->buttonBackground);
+    EXPECT_EQ(0x101010u, field->buttonForeground);
+    EXPECT_EQ(unset, field->invalidBackground);
+
+    const BUTTONINFO* next = engine.GetDlgButton(0, 0, -1);
+    const BUTTONINFO* link = engine.GetDlgButton(0, 1, -1);
+    ASSERT_NE(nullptr, next);
+    ASSERT_NE(nullptr, link);
+    EXPECT_EQ(0x101010u, next->foreground);
+    EXPECT_EQ(0x202020u, next->background);
+    EXPECT_EQ(0x101010u, next->activeForeground);  // no ActiveButtonsText: its own
+    EXPECT_EQ(0x303030u, next->activeBackground);
+    EXPECT_EQ(0x0c0b0au, link->foreground);
+    EXPECT_EQ(0x777777u, link->activeForeground);
+
+    // An unknown group gives an unset colour, which the theme then fills.
+    ASSERT_EQ(0, engine.GetDlgColour(1, -1, background, foreground));
+    EXPECT_EQ(dialogBackground, background);
+    EXPECT_EQ(0x0000ffu, foreground);
+    EXPECT_EQ(dialogBackground, engine.GetDlgItem(1, 0, -1)->background);
+}
+
+TEST(ColourTheme, UnthemedTemplates)
+{
+    struct Case {
+        const char* label;
+        const char* dialogs;
+        bool themed;
+    } cases[] = {
+        {"no colours", "<Welcome><Text x='1' y='1'>a</Text></Welcome>", false},
+        {"a dialog's own colour", "<A/><B FgColour='0x010101'><Text x='1' y='1'>a</Text></B>", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.label);
+        LoadedTemplate t;
+        t.loadText(std::string("<QuilbGroupInstallation><Dialogs>") + c.dialogs +
+                   "</Dialogs></QuilbGroupInstallation>");
+        EXPECT_EQ(-1, t.installer->ExtractColourThemeInfo());
+        ASSERT_EQ(0, t.installer->ExtractDialogsInfo(0));
+        EXPECT_EQ(c.themed, t.installer->CustomThemedGUI());
+        // Nothing is filled in without a theme section.
+        const UICTRL* text = t.installer->GetDlgItem(t.installer->GetDialogsCount() - 1, 0, -1);
+        ASSERT_NE(nullptr, text);
+        EXPECT_EQ(COLOUR_NOT_SET, text->foreground);
+    }
+}
+
+} // namespace

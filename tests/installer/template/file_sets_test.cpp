@@ -1,0 +1,146 @@
+// Install types, file sets and their files; log destinations; alias destinations.
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "installer/template/template_helpers.h"
+
+using quilbtest::LoadedTemplate;
+
+namespace {
+
+TEST(FileSets, LogDestination)
+{
+    struct Case {
+        const char* spec;
+        int mask;
+    } cases[] = {
+        {nullptr, 1},          {"", 1},          {"Uninstall", 1},        {"uninstall", 1},
+        {"Cleanup", 2},        {"Uninstall;Cleanup", 3}, {"Cleanup;None", 0}, {"None;Cleanup", 0},
+        {"Bogus", 0},          {"Bogus;CLEANUP", 2}, {";;Cleanup;", 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.spec ? c.spec : "(null)");
+        EXPECT_EQ(c.mask, Installer::getLogDestination(c.spec));
+    }
+}
+
+void addCabinetRecord(Installer& engine, const char* alias, uint64_t size)
+{
+    CabinetFile record;
+    memset(&record, 0, sizeof(record));
+    TeskUtils::copyBounded(record.alias, alias, sizeof(record.alias));
+    record.size = size;
+    engine.cabinetFiles.append(record);
+}
+
+TEST(FileSets, TablesFromTheTemplate)
+{
+    LoadedTemplate t;
+    ASSERT_TRUE(t.loadFile("file_sets.xml"));
+    Installer& engine = *t.installer;
+    engine.SetVar("STRIP", "1");
+    addCabinetRecord(engine, "buildapp.exe", 1);
+    addCabinetRecord(engine, "readme", 42);
+    addCabinetRecord(engine, "buildapp.exe", 99);
+    ASSERT_EQ(0, engine.GetFilesInfo());
+
+    ASSERT_EQ(2, engine.installTypes.count);
+    EXPECT_STREQ("Typical", engine.installTypes[0].name);
+    EXPECT_STREQ("The usual files", engine.installTypes[0].desc);
+    EXPECT_EQ(1, engine.installTypes[0].defaultType);
+    EXPECT_EQ(0, engine.installTypes[1].defaultType);  // Default without EditFileSets
+
+    ASSERT_EQ(2, engine.fileSets.count);
+    EXPECT_STREQ("Main", engine.fileSets[0].name);
+    EXPECT_STREQ("Main files", engine.fileSets[0].desc);
+    EXPECT_STREQ("[EDITION]==0", engine.fileSets[0].condition);
+    EXPECT_STREQ("Extra", engine.fileSets[1].name);
+
+    struct Expected {
+        int fileSet;
+        const char* dest;
+        const char* alias;
+        const char* name;
+        int size;
+        bool expand, executable, okIfMissing, strip, backup;
+        int log;
+    } expected[] = {
+        // Within a set the files stand in reverse document order.
+        {0, "[TARGET]", "folder", "folder/", 0, false, false, false, false, false, 1},
+        {0, "[TARGET]/tools", "install_toolsuninstaller.bin", "uninstaller.bin", 0, false, false,
+         false, false, false, 1},
+        {0, "[TARGET]//doc", "readme", "readme.txt", 42, true, false, true, false, true, 0},
+        {0, "[TARGET]/bin", "buildapp.exe", "app.exe", 99, false, true, false, true, false, 3},
+        {1, "/x", "a:b", "y.txt", 0, false, false, false, false, false, 0},
+    };
+    ASSERT_EQ(5, engine.fileNames.count);
+    for (int i = 0; i < 5; ++i) {
+        SCOPED_TRACE(i);
+        const FILENAMES& file = engine.fileNames[i];
+        const Expected& e = expected[i];
+        EXPECT_EQ(e.fileSet, file.fileSet);
+        EXPECT_STREQ(e.dest, file.dest);
+        EXPECT_STREQ(e.alias, file.alias);
+        EXPECT_STREQ(e.name, file.name);
+        EXPECT_EQ(e.size, file.size);
+        EXPECT_EQ(e.expand, file.expandVarsInFile);
+        EXPECT_EQ(e.executable, file.executable);
+        EXPECT_EQ(e.okIfMissing, file.okIfMissing);
+        EXPECT_EQ(e.strip, file.stripExeExt);
+        EXPECT_EQ(e.backup, file.backupExisting);
+        EXPECT_EQ(e.log, file.log);
+    }
+
+    engine.freeFilesInfo();
+    EXPECT_EQ(0, engine.fileNames.count);
+    engine.SetVar("STRIP", "0");
+    ASSERT_EQ(0, engine.GetFilesInfo());
+    EXPECT_FALSE(engine.fileNames[3].stripExeExt);
+}
+
+TEST(FileSets, LongTextsAreCut)
+{
+    LoadedTemplate t;
+    std::string dest(600, 'd'), text(300, 't'), condition(600, 'c');
+    t.loadText("<QuilbGroupInstallation><FileSet Name='S' Condition='" + condition +
+               "'><FN Dest='" + dest + "' Condition='" + condition + "'>" + text +
+               "</FN></FileSet></QuilbGroupInstallation>");
+    ASSERT_EQ(0, t.installer->GetFilesInfo());
+    ASSERT_EQ(1, t.installer->fileNames.count);
+    const FILENAMES& file = t.installer->fileNames[0];
+    EXPECT_EQ(518u, strlen(file.dest));
+    EXPECT_EQ(258u, strlen(file.alias));
+    EXPECT_EQ(258u, strlen(file.name));
+    EXPECT_EQ(510u, strlen(file.condition));
+    EXPECT_EQ(510u, strlen(t.installer->fileSets[0].condition));
+}
+
+TEST(FileSets, AliasDestination)
+{
+    LoadedTemplate t;
+    ASSERT_TRUE(t.loadFile("file_sets.xml"));
+    t.installer->SetVar("TARGET", "/opt/t");
+    struct Case {
+        const char* alias;
+        int size;
+        const char* out;
+    } cases[] = {
+        {"readme", 520, "/opt/t/doc/readme.txt"},
+        {"other", 520, "/opt/t/other.txt"},  // any child of a file set with that Alias
+        {"readme", 5, "/opt"},
+        {"install_toolsuninstaller.bin", 520, "untouched"},  // derived aliases never match
+        {"README", 520, "untouched"},
+        {nullptr, 520, "untouched"},
+        {"readme", 0, "untouched"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.alias ? c.alias : "(null)");
+        char out[520] = "untouched";
+        EXPECT_EQ(-1, t.installer->GetAliasDestination(c.alias, out, c.size));
+        EXPECT_STREQ(c.out, out);
+    }
+}
+
+} // namespace
