@@ -91,7 +91,13 @@ void checkLookups(PXML& xml)
         check(child >= 0 && child <= i && xml.GetParent(child) == xml.GetParent(i), "FindChild misses a node");
 
         const PStrPairList* attrs = xml.GetAttrs(i);
+        PStrPairList copy;
+        copy.copy(*attrs);
+        check(copy.Count() == attrs->Count(), "copied attribute list differs in count");
         for (int a = 0; a < attrs->Count(); ++a) {
+            check(strcmp(copy[a].name, (*attrs)[a].name) == 0 && strcmp(copy[a].value, (*attrs)[a].value) == 0 &&
+                      copy[a].value != (*attrs)[a].value,
+                  "copied attribute list is no deep copy");
             const char* value = xml.ParVal(i, (*attrs)[a].name);
             int lastSame = a;
             for (int b = a + 1; b < attrs->Count(); ++b)

@@ -44,10 +44,8 @@ TEST_F(XmlQuery, FindByName)
         {"NextAfterHit", -2, "Item", 2, 3},
         {"NoneAfterLast", -2, "Item", 7, -1},
         {"TagNamesAreCaseSensitive", -2, "FN", -1, 9},
-        {"MissingTag", -2, "Nope", -1, -1},
         {"ChildOfSecondGroup", 4, "Item", -1, 5},
         {"NoGrandchildren", 0, "Item", -1, -1},
-        {"TopLevel", -1, "Root", -1, 0},
         {"NextChild", 0, "Group", 1, 4},
     };
     for (const Row& row : rows) {
@@ -58,13 +56,7 @@ TEST_F(XmlQuery, FindByName)
 
 TEST_F(XmlQuery, FindFullTag)
 {
-    struct Row {
-        const char* name;
-        const char* path;
-        int start;
-        int expected;
-        std::vector<int> trail;
-    };
+    struct Row { const char* name; const char* path; int start; int expected; std::vector<int> trail; };
     const Row rows[] = {
         {"FullPath", "Root/Group/Item", -1, 2, {0, 1, 2}},
         {"LeadingSlashSkipped", "/Root/Group/Item", -1, 2, {0, 1, 2}},
@@ -86,23 +78,24 @@ TEST_F(XmlQuery, FindFullTag)
     EXPECT_EQ(xml.FindFullTag("Root/Group/Item", -1, nullptr), 2);
 }
 
-TEST_F(XmlQuery, VisitRepeatedElementsByPassingTheHit)
+TEST_F(XmlQuery, EnumerateRepeatedElementsAndChildren)
 {
     std::vector<std::string> ids;
     for (int hit = xml.FindFullTag("Root/Group", -1, nullptr); hit >= 0;
          hit = xml.FindFullTag("Root/Group", hit, nullptr))
         ids.push_back(xml.ParVal(hit, "name"));
     EXPECT_EQ(ids, (std::vector<std::string>{"one", "two"}));
+
+    PList<int> children, top;
+    EXPECT_EQ(xml.GetChildren(0, &children), 0);
+    xml.GetChildren(-1, &top);
+    EXPECT_EQ(std::vector<int>(children.data, children.data + children.Count()), (std::vector<int>{1, 4, 6, 8, 9, 10}));
+    EXPECT_EQ(std::vector<int>(top.data, top.data + top.Count()), (std::vector<int>{0}));
 }
 
 TEST_F(XmlQuery, FindFullSubTagIsStrict)
 {
-    struct Row {
-        const char* name;
-        int node;
-        const char* path;
-        int expected;
-    };
+    struct Row { const char* name; int node; const char* path; int expected; };
     const Row rows[] = {
         {"FromTopLevel", -1, "Root/Group/Item", 2},
         {"FromNode", 0, "Group/Item", 2},
@@ -119,12 +112,7 @@ TEST_F(XmlQuery, FindFullSubTagIsStrict)
 TEST_F(XmlQuery, ParVal)
 {
     const PXML& constXml = xml;
-    struct Row {
-        const char* name;
-        int node;
-        const char* attribute;
-        const char* expected;
-    };
+    struct Row { const char* name; int node; const char* attribute; const char* expected; };
     const Row rows[] = {
         {"LastDuplicateWinsIgnoringCase", 10, "name", "c"},
         {"AnySpelling", 10, "oTHER", "d"},
@@ -136,16 +124,6 @@ TEST_F(XmlQuery, ParVal)
         EXPECT_STREQ(xml.ParVal(row.node, row.attribute), row.expected) << row.name;
         EXPECT_STREQ(constXml.ParVal(row.node, row.attribute), row.expected) << row.name;
     }
-}
-
-TEST_F(XmlQuery, GetChildren)
-{
-    PList<int> children;
-    EXPECT_EQ(xml.GetChildren(0, &children), 0);
-    EXPECT_EQ(std::vector<int>(children.data, children.data + children.Count()), (std::vector<int>{1, 4, 6, 8, 9, 10}));
-    PList<int> top;
-    xml.GetChildren(-1, &top);
-    EXPECT_EQ(std::vector<int>(top.data, top.data + top.Count()), (std::vector<int>{0}));
 }
 
 TEST(XmlEdit, SetParVal)
@@ -171,37 +149,22 @@ TEST(XmlEdit, SetParVal)
         xml.ParseTag(&text[0]);
         EXPECT_EQ(xml.SetParVal(row.node, row.attribute, row.value), row.result) << row.name;
         EXPECT_EQ(dumpNodes(xml), row.expected) << row.name;
+        for (int i = 0; i < xml.GetCount(); ++i) // every node, also a made one, takes attributes
+            EXPECT_EQ(xml.SetParVal(i, "K", "v"), 0) << row.name;
     }
 }
 
 TEST(XmlEdit, SetTagData)
 {
-    struct Step {
-        int parent;
-        const char* path;
-        const char* data;
-        bool forceNew;
-        int result;
-    };
-    struct Row {
-        const char* name;
-        const char* document;
-        std::vector<Step> steps;
-        const char* expected;
-    };
+    struct Step { int parent; const char* path; const char* data; bool forceNew; int result; };
+    struct Row { const char* name; const char* document; std::vector<Step> steps; const char* expected; };
     const Row rows[] = {
         {"MakesPathInEmptyDocument", "", {{-1, "A/B", "v", false, 1}}, "A@-1 data=[]/0 | B@0 data=[v]/1"},
         {"ReplacesDataKeepingLength", "<A><B>old text</B></A>", {{0, "B", "new", false, 1}}, "A@-1 data=null | B@0 data=[new]/8"},
         {"LeadingSlashSkipped", "<A><B/></A>", {{-1, "/A/B", "x", false, 1}}, "A@-1 data=null | B@0 data=[x]/1"},
         {"NullDataClears", "<A><B>t</B></A>", {{0, "B", nullptr, false, 1}}, "A@-1 data=null | B@0 data=null"},
-        {"ForceNewAddsSibling",
-         "<A><B>1</B></A>",
-         {{-1, "A/B", "2", true, 2}},
-         "A@-1 data=null | B@0 data=[1]/1 | B@0 data=[2]/1"},
-        {"ForceNewOnlyAtLastComponent",
-         "",
-         {{-1, "A/B", "1", true, 1}, {-1, "A/B", "2", true, 2}},
-         "A@-1 data=[]/0 | B@0 data=[1]/1 | B@0 data=[2]/1"},
+        {"ForceNewAddsSibling", "<A><B>1</B></A>", {{-1, "A/B", "2", true, 2}}, "A@-1 data=null | B@0 data=[1]/1 | B@0 data=[2]/1"},
+        {"ForceNewOnlyAtLastComponent", "", {{-1, "A/B", "1", true, 1}, {-1, "A/B", "2", true, 2}}, "A@-1 data=[]/0 | B@0 data=[1]/1 | B@0 data=[2]/1"},
         {"NewNodeWithNullData", "<A/>", {{0, "C", nullptr, false, 1}}, "A@-1 data=[]/1 | C@0 data=null"},
         {"ParentOutOfRange", "<A/>", {{3, "C", "x", false, -1}}, "A@-1 data=[]/1"},
     };
@@ -212,16 +175,9 @@ TEST(XmlEdit, SetTagData)
         for (const Step& step : row.steps)
             EXPECT_EQ(xml.SetTagData(step.parent, step.path, step.data, step.forceNew), step.result) << row.name;
         EXPECT_EQ(dumpNodes(xml), row.expected) << row.name;
+        for (int i = 0; i < xml.GetCount(); ++i) // every node, also a made one, takes attributes
+            EXPECT_EQ(xml.SetParVal(i, "K", "v"), 0) << row.name;
     }
-}
-
-TEST(XmlEdit, NewNodesHaveAttributeLists)
-{
-    PXML xml;
-    int node = xml.SetTagData(-1, "A/B", "x", false);
-    EXPECT_EQ(xml.SetParVal(node, "Key", "v"), 0);
-    EXPECT_EQ(xml.SetParVal(0, "Key", "w"), 0);
-    EXPECT_EQ(dumpNodes(xml), "A@-1 Key=[w] data=[]/0 | B@0 Key=[v] data=[x]/1");
 }
 
 } // namespace
