@@ -3,7 +3,8 @@
 //
 // Ranges of more than 9 elements are partitioned around the middle element (moved to the high
 // end first); the smaller side is sorted by recursion and the larger one in the loop, so the
-// stack stays shallow. Short ranges are finished by selection sort.
+// stack stays shallow. Short ranges are finished by selection sort. The order comes from a
+// quickSortCompare(const T*, const T*) overload; the one for CharString is below.
 #include "foundation/strings/char_string.h"
 
 namespace TeskUtils {
