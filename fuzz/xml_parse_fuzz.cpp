@@ -220,6 +220,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     int made = xml.SetTagData(top, "Fuzz/Leaf", "x & y", false);
     check(made >= 0 && strcmp(xml.GetData(made), "x & y") == 0, "SetTagData not read back");
+    check(xml.SetTagData(top, "Fuzz/Leaf", xml.GetData(made), false) == made, "SetTagData with its own text");
+    check(strcmp(xml.GetData(made), "x & y") == 0, "SetTagData with its own text changes it");
     int repeated = xml.SetTagData(top, "Fuzz/Leaf", "z", true);
     check(repeated > made && xml.GetParent(repeated) == xml.GetParent(made), "forced SetTagData not beside");
     writeToFile(xml);

@@ -449,9 +449,11 @@ int PXML::SetTagData(int parent, const char* path, const char* data, bool forceN
             }
         }
         if (found >= 0 && lastComponent) {
+            // Copy before freeing: `data` may be the node's own text.
             NODEI& node = nodes[found];
+            char* copy = copyText(data);
             free(node.data);
-            node.data = copyText(data);
+            node.data = copy;
             return found;
         }
         if (found < 0) {
