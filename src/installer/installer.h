@@ -17,6 +17,7 @@
 #include "installer/model/variable_record.h"
 
 class PConsole;
+class CLParser;
 
 #include "foundation/xml/pxml.h"
 #include "installer/model/colour_theme.h"
@@ -234,6 +235,90 @@ public:
     int GetAliasDestination(const char* alias, char* out, int size) const override;
 
     // ---- Default values, command line, configuration file (model/default_values.cpp) ------
+    // The start of the engine (model/engine_start.cpp): reads the template (from the
+    // cabinet, or for an uninstall from the path on the action log's first line), the
+    // product description, file sets, theme, dialogs, control variables and exclude list,
+    // looks for earlier installations, fills the store, makes dialog 0 current and runs
+    // ui->StartUI() and ui->EndUI(). Each step is logged to `log` when given. Gives 0,
+    // -1 for a null ui or a failed step, else the non-zero result of StartUI.
+    int RunInstallerUI(InstallerUI* ui, PConsole* log);
+    // Keeps the log console (debugConsole) and the debug level of the run.
+    void InitDebugMode(PConsole* log, int level);
+    // 0 none; from 2 on the start lists the variables it made.
+    int debugLevel = 0;
+    // Ends a run: frees the cabinet, closes the action log and deletes every file in
+    // temporaryFiles.
+    void Done();
+    // Temporary files that the engine made and Done deletes.
+    TeskUtils::Table<TeskUtils::CharString, 100> temporaryFiles;
+
+    // Fills the store from the template's DefValues, then (for an install) from the
+    // configuration file, then from the command line. 0, or -1 when the template or the
+    // configuration file has no DefValues or the configuration file can't be read (the
+    // user is told through ui->MessageBox then).
+    int InitDefValues(InstallerUI* ui);
+    // Reads the DefValues section of `doc` (a template or a configuration file) into the
+    // store, then runs its triggers. 0; -1 when the document has no DefValues.
+    int GetDefaultValuesFromXML(const PXML& doc);
+    // Sets a variable for every "-VARIABLE_NAME=value" of the command line. Always 0.
+    int GetDefaultValuesFromCMD();
+    // The command line, which the engine doesn't own; null when none was given.
+    void InitCmdLineParser(const CLParser* parser);
+    const CLParser* cmdLineParser = nullptr;
+
+    // The exclude list: variables kept out of the action log (EXCLUDE_FROM_LOG) or out of
+    // the configuration file (EXCLUDE_FROM_CONFIG). Names compare exactly.
+    enum { EXCLUDE_FROM_LOG = 1, EXCLUDE_FROM_CONFIG = 2 };
+    struct ExcludeVar {
+        TeskUtils::CharString name;
+        int flags = 0;
+    };
+    TeskUtils::Table<ExcludeVar, 100> excludeVars;
+    // Adds the control variables, the fields' validation variables (which start as "1")
+    // and the template's InstallerExcludeVariables to the list.
+    void InitExcludeVars();
+    void addExcludeVar(const char* name, int flags);
+    // True when some entry of `name` has a bit of `mask`.
+    bool isVarExcluded(const char* name, int mask) const;
+
+    // Writes every variable not barred from the configuration file as a DefValues
+    // document to `path`. 0; -1 for a null path; 1 when the document can't be built;
+    // otherwise what PXML::WriteFile gives.
+    int CreateConfigFile(const char* path);
+    // The configuration file given by -configFile=. Here there is none: an empty name,
+    // result 0, and set does nothing; LinuxInstaller keeps the name.
+    virtual int getConfigFileName(char* buffer, int size);
+    virtual void setConfigFileName(const char* name);
+
+    // Sets the variable that the template names for `which`; nothing when it names none.
+    void setControlVariable(ControlVariable which, const char* value);
+
+    // What earlier installations left, as the start and the default values ask for it.
+    // The bodies here (model/pending_operations.cpp) find nothing; the list of installed
+    // applications, the detection of earlier installations and the action log reader
+    // fill them in.
+    virtual int getInstallationCount() const;
+    // 1 when the product is installed, 0 when not, -1 when it can't be told; counts the
+    // installed legacy products into legacyCount.
+    virtual int CheckPreviousInstallation(InstallerUI* ui, int flag);
+    // Reads the variables of the installed copy's action log (null: the product's own)
+    // into the store. 0, or non-zero when a line was bad.
+    virtual int InitValuesFromLog(const char* logPath);
+    // True when only an action log of the product was found; counts legacy logs.
+    virtual bool CheckDefaultPreviousInstallation(int flag);
+    // The number of foreign products found that must be removed.
+    virtual int CheckExternalInstallations();
+    // Reads the variables of the open action log (uninstall). 0, or non-zero on failure.
+    virtual int ReadVars();
+    // The action log of the installed application `name`; false when there is none.
+    virtual bool getAppLogFileName(const char* name, char* out, int size);
+    // One variable out of the action log at `logPath`; false when it isn't there.
+    virtual bool getLogFileVar(const char* logPath, const char* name, char* out, int outSize);
+    // 0 none, 1 in the list of installed applications, 2 only its action log was found.
+    int previousInstallState = 0;
+    int legacyCount = 0;
+    int legacyLogCount = 0;
+    int GetPreviousInstall() override;
 
     // ---- Dialog model (wizard/dialogs.cpp) ------------------------------------------------
     TeskUtils::Table<DLGINFO, 16> dialogs;
@@ -275,6 +360,76 @@ public:
     int GetInstallerPath(char* buffer, int size) override;
 
     // ---- Navigation and triggers (wizard/navigation.cpp) ----------------------------------
+    // The position (-1 until RunInstallerUI makes dialog 0 current; the sub-dialog -1 on a
+    // dialog itself) and the state flags of the wizard.
+    int currentDlg = -1;
+    int currentSubDlg = -1;
+    SETTINGSTATE settingsState = SETTING_IDLE;
+    int stateCancel = 0;   // EvCancel was confirmed
+    int stateFinish = 0;   // the wizard is over
+    int stateError = 0;    // result of the last stage work, or 1 after a bad shift
+    int GetCurDlg() override;
+    int GetCurSubDlg() override;
+    int GetStateCancel() override;
+    int GetStateFinish() override;
+    int GetStateError() override;
+    void SetStateSettings(SETTINGSTATE state) override;
+    SETTINGSTATE GetStateSettings() override;
+
+    // Leaves the current (sub-)dialog and walks `shift` dialogs forward, passing over those
+    // whose Condition is false. 0; -1 for a null ui or when a condition object holds the
+    // wizard on the current dialog. A bad shift logs, sets the error and finish states.
+    int EvNext(InstallerUI* ui, int shift) override;
+    // Walks back `shift` dialogs. 0, or -1 for a null ui.
+    int EvBack(InstallerUI* ui, int shift) override;
+    // Sets the cancel state when ui->ConfirmCancel() agrees. 0, or -1 for a null ui.
+    int EvCancel(InstallerUI* ui) override;
+    // Leave the current position and enter dialog `dlg` (sub-dialog `sub` of the current
+    // dialog), telling the front end; the stage dispatch's result (1: the walk may go on
+    // by itself), or -1 for a bad index or null ui.
+    int EvSetDlg(int dlg, InstallerUI* ui) override;
+    int EvSetSubDlg(int dlg, int sub, InstallerUI* ui) override;
+    // EvNext for a positive shift, EvBack for a negative one; 0 and nothing for 0.
+    int PerformButtonDlgShift(InstallerUI* ui, int shift) override;
+    // Runs a button's action text, ';'-separated: Cancel, Help, Run:<sequence>,
+    // EvalTriggers, or a "[NAME]='value'" assignment (wizard/button_actions.cpp).
+    void PerformButtonAction(InstallerUI* ui, const char* action) override;
+    // 2 when the current (sub-)dialog has no condition object, else its Eval as 1 or 0
+    // (also stored in the DlgCondition control variable); 0 for a bad position.
+    int GetDialogConditionEval(InstallerUI* ui) override;
+
+    // Triggers (wizard/triggers.cpp).
+    // The UPDATETYPE bits of (dlg, sub) whose texts mention `name`; plain substring tests.
+    int DialogNeedsUpdate(const char* name, int dlg, int sub) override;
+    void evaluateTriggers(InstallerUI* ui, int mask, int dlg, int sub) override;
+    // Runs, in order, the triggers whose evaluation bits meet `mask` and whose Condition
+    // holds. `ui` may be null (the triggers of the default values).
+    void evaluateTriggerArray(InstallerUI* ui, int mask, const TRIGGER_INFO* triggers, int count);
+    template <int STEP>
+    void evaluateTriggerList(InstallerUI* ui, int mask, const TeskUtils::Table<TRIGGER_INFO, STEP>& list)
+    {
+        evaluateTriggerArray(ui, mask, list.data, list.count);
+    }
+    // "hide", "show", "iconize", "maximize" (to ManageWindow) or "update" (the whole
+    // current (sub-)dialog), case ignored; anything else is logged.
+    void performUIAction(InstallerUI* ui, const char* action);
+
+    // The task list (wizard/task_list.cpp).
+    // Sends the tasks after the current one whose EnableCondition is set: inactive when
+    // it is false, their own status when true. Always 0.
+    int UpdateTaskList(InstallerUI* ui) override;
+    // Stores `status` (unless inactive) and shows the task with the label of its status.
+    // 0; -1 for a null ui or a bad dialog; 0 without a call for a bad task.
+    int UpdateTaskListItem(InstallerUI* ui, int dlg, int task, TASKSTATUS status) override;
+
+    // ---- Stage dispatch (wizard/stage_dispatch.cpp) ---------------------------------------
+    // The work hung on a dialog's name, run at the end of EvSetDlg and EvSetSubDlg; it
+    // shows the dialog exactly once. Gives 1 when the walk may go on past it (AutoNext),
+    // else 0; 0 for a null ui.
+    int SetDlgHelper(int dlg, int sub, InstallerUI* ui, DLGINFO& info);
+    // Runs the action sequence `tag` of the template. The body here
+    // (model/pending_operations.cpp) only logs; the action sequences fill it in.
+    virtual int RunFiles(InstallerUI* ui, const char* tag);
 
     // ---- Platform operations, overridden by LinuxInstaller --------------------------------
     // Whether a process whose program is called `name` runs; the second argument is a

@@ -28,6 +28,12 @@ public:
     // Otherwise whether `name` (the product's own name for null) is registered as installed.
     bool IsInstalled(const char* name, unsigned int flags) override;
 
+    // The configuration file named by -configFile= (config_file_name.cpp). get copies at
+    // most size-1 characters (nothing for a size below 1) and always gives 1; set ignores
+    // a null name and keeps at most 519 characters.
+    int getConfigFileName(char* buffer, int size) override;
+    void setConfigFileName(const char* name) override;
+
     // Set for the second object of an integrated uninstall, otherwise null.
     InstallerUI* ui = nullptr;
     bool automated;
