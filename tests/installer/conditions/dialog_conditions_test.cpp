@@ -2,7 +2,6 @@
 // products, and the message line.
 #include <set>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -12,40 +11,34 @@
 
 namespace {
 
+// Answers from sets of names and notes each question as "name@directory" or "name#flags".
 class FakeMachine : public Installer {
 public:
     bool isAppRunning(const char* name, const char* directory) override
     {
-        asked.push_back(std::string(name ? name : "<null>") + "@" + (directory ? directory : "<null>"));
-        return name && running.count(name);
+        asked += std::string(name) + "@" + directory + " ";
+        return running.count(name) > 0;
     }
     bool IsInstalled(const char* name, unsigned int flags) override
     {
-        asked.push_back(std::string(name ? name : "<null>") + "#" + std::to_string(flags));
-        return name && installed.count(name);
+        asked += std::string(name) + "#" + std::to_string(flags) + " ";
+        return installed.count(name) > 0;
     }
-
-    std::set<std::string> running;
-    std::set<std::string> installed;
-    std::vector<std::string> asked;
+    std::set<std::string> running, installed;
+    std::string asked;
 };
 
-// Records the list operations as text: "clear", "+name", "close".
+// Notes the list operations: "clear", "+line" (open), "!line" (closing), "close".
 class ListRecorder : public InstallerUI {
 public:
     int StartUI() override { return 0; }
     void ClearList() override { calls += "clear "; }
     int EndDecompress(const char* text, bool close) override
     {
-        if (text)
-            calls += std::string(close ? "!" : "+") + text + " ";
-        else
-            calls += close ? "close " : "null ";
-        return answer;
+        calls += text ? std::string(close ? "!" : "+") + text + " " : close ? "close " : "null ";
+        return 7;
     }
-
     std::string calls;
-    int answer = 0;
 };
 
 TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
@@ -72,60 +65,37 @@ TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
     for (const Poll& poll : polls) {
         machine.running = poll.running;
         ui.calls.clear();
+        machine.asked.clear();
         EXPECT_EQ(condition.Eval(&machine, &ui), poll.result) << "poll " << round;
-        EXPECT_EQ(ui.calls, poll.calls) << "poll " << round;
-        ++round;
+        EXPECT_EQ(ui.calls, poll.calls) << "poll " << round++;
+        EXPECT_EQ(machine.asked, "editor@/opt/editor viewer@ ");
     }
-    // Every poll asks for every application, with its directory.
-    ASSERT_EQ(machine.asked.size(), 2u * round);
-    EXPECT_EQ(machine.asked[0], "editor@/opt/editor");
-    EXPECT_EQ(machine.asked[1], "viewer@");
 }
 
-TEST(RunningAppsCondition, NothingToAsk)
+TEST(DlgCondition, NothingToAskAndMessages)
 {
     FakeMachine machine;
     machine.running = {"editor"};
-    ListRecorder ui;
-    RunningAppsCondition condition;
-    EXPECT_TRUE(condition.Eval(&machine, &ui));  // no entries
-    condition.addEntry("editor", "");
-    EXPECT_TRUE(condition.Eval(&machine, nullptr));
-    EXPECT_TRUE(condition.Eval(nullptr, &ui));
-    EXPECT_TRUE(machine.asked.empty());
-    EXPECT_FALSE(condition.Eval(&machine, &ui));
-    condition.clearEntries();
-    EXPECT_TRUE(condition.Eval(&machine, &ui));
-}
-
-TEST(ExternalInstallationCondition, HoldsWhileAProductIsInstalled)
-{
-    FakeMachine machine;
-    ListRecorder ui;
-    ExternalInstallationCondition condition;
-    condition.addEntry("OldSuite", 2);
-    condition.addEntry("OtherTool", 3);
-    EXPECT_TRUE(condition.Eval(&machine, &ui));
-    EXPECT_EQ(machine.asked, (std::vector<std::string>{"OldSuite#2", "OtherTool#3"}));
-
     machine.installed = {"OtherTool"};
-    EXPECT_FALSE(condition.Eval(&machine, &ui));
-    // Without a front end nothing is asked and nothing holds.
-    machine.asked.clear();
-    EXPECT_TRUE(condition.Eval(&machine, nullptr));
-    EXPECT_TRUE(machine.asked.empty());
-}
-
-TEST(DlgCondition, DisplayMessageForwardsToTheList)
-{
     ListRecorder ui;
-    ui.answer = 7;
-    RunningAppsCondition condition;
-    EXPECT_EQ(condition.DisplayMessage(&ui, "still running"), 7);
+    RunningAppsCondition apps;
+    EXPECT_TRUE(apps.Eval(&machine, &ui));  // no entries
+    apps.addEntry("editor", "");
+    EXPECT_TRUE(apps.Eval(&machine, nullptr));
+    EXPECT_TRUE(apps.Eval(nullptr, &ui));
+    EXPECT_EQ(machine.asked, "");
+
+    ExternalInstallationCondition products;
+    products.addEntry("OldSuite", 2);
+    EXPECT_TRUE(products.Eval(&machine, &ui));
+    products.addEntry("OtherTool", 3);
+    EXPECT_FALSE(products.Eval(&machine, &ui));
+    EXPECT_TRUE(products.Eval(&machine, nullptr));
+    EXPECT_EQ(machine.asked, "OldSuite#2 OldSuite#2 OtherTool#3 ");
+
+    EXPECT_EQ(products.DisplayMessage(&ui, "still running"), 7);
     EXPECT_EQ(ui.calls, "!still running ");
-    EXPECT_EQ(condition.DisplayMessage(nullptr, "text"), -1);
-    EXPECT_EQ(condition.DisplayMessage(&ui, nullptr), -1);
-    EXPECT_EQ(ui.calls, "!still running ");
+    EXPECT_EQ(products.DisplayMessage(nullptr, "text"), -1);
 }
 
 } // namespace

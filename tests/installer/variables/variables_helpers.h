@@ -1,6 +1,5 @@
 #pragma once
-// An engine with a captured log and counted shell probes, for the tests of the variable
-// store and its expansion.
+// An engine with a captured log (bare lines) and counted shell probes that never run.
 #include <cstring>
 #include <string>
 
@@ -11,31 +10,28 @@ class ProbeInstaller : public Installer {
 public:
     ProbeInstaller()
     {
-        log.flags = 0;  // bare lines, so that tests can look for them whole
+        log.flags = 0;
         debugConsole = &log;
     }
-
     int runShellStatus(const char* command) override
     {
-        lastCommand = command ? command : "";
+        lastCommand = command;
         ++shellRuns;
         return shellStatus;
     }
 
-    // Adds a record directly, bypassing the case-insensitive lookup of SetVarExt.
+    // Adds a record directly, past the case-insensitive lookup of SetVarExt.
     void appendRecord(const char* name, const char* value)
     {
         VariableRecord& record = variables.append();
         strcpy(record.name, name);
         strcpy(record.value, value);
     }
-
     std::string value(const char* name)
     {
         char buffer[1024];
-        return GetVar(name, buffer, sizeof(buffer)) == -1 ? std::string("<unknown>") : std::string(buffer);
+        return GetVar(name, buffer, sizeof(buffer)) == -1 ? "<unknown>" : buffer;
     }
-
     bool logged(const std::string& line) const { return log.text().find(line) != std::string::npos; }
 
     PMemoryConsole log;
