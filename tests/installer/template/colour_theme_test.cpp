@@ -1,5 +1,6 @@
 // The colour theme: parsing, conditional and custom colours, references and defaults.
 #include <cstdint>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -105,26 +106,22 @@ TEST(ColourTheme, DefaultsFillWhatTheTemplateLeftUnset)
         EXPECT_EQ(c.background, ctrl->background);
     }
 
-    const FIELDINFO* field = engine.GetField(0, 0, -1);
-    ASSERT_NE(nullptr, field);
-    EXPECT_EQ(dialogForeground, field->labelColour);  // FieldForeground set: dialog's own
-    EXPECT_EQ(dialogBackground, field->background);   // no FieldBackground
-    EXPECT_EQ(0x0f0000u, field->inputBackground);
-    EXPECT_EQ(0x404040u, field->inputForeground);
-    EXPECT_EQ(0x202020u, field->buttonBackground);
-    EXPECT_EQ(0x101010u, field->buttonForeground);
-    EXPECT_EQ(unset, field->invalidBackground);
-
-    const BUTTONINFO* next = engine.GetDlgButton(0, 0, -1);
-    const BUTTONINFO* link = engine.GetDlgButton(0, 1, -1);
-    ASSERT_NE(nullptr, next);
-    ASSERT_NE(nullptr, link);
-    EXPECT_EQ(0x101010u, next->foreground);
-    EXPECT_EQ(0x202020u, next->background);
-    EXPECT_EQ(0x101010u, next->activeForeground);  // no ActiveButtonsText: its own
-    EXPECT_EQ(0x303030u, next->activeBackground);
-    EXPECT_EQ(0x0c0b0au, link->foreground);
-    EXPECT_EQ(0x777777u, link->activeForeground);
+    // FieldForeground is set, so the label takes the dialog's foreground; no FieldBackground.
+    const FIELDINFO& field = *engine.GetField(0, 0, -1);
+    EXPECT_EQ((std::vector<uint64_t>{dialogForeground, dialogBackground, 0x0f0000, 0x404040, 0x202020,
+                                     0x101010, unset, unset}),
+              (std::vector<uint64_t>{field.labelColour, field.background, field.inputBackground,
+                                     field.inputForeground, field.buttonBackground, field.buttonForeground,
+                                     field.invalidBackground, field.invalidForeground}));
+    // Foreground, background, active foreground (no ActiveButtonsText: its own), active background.
+    const BUTTONINFO& next = *engine.GetDlgButton(0, 0, -1);
+    const BUTTONINFO& link = *engine.GetDlgButton(0, 1, -1);
+    EXPECT_EQ((std::vector<uint64_t>{0x101010, 0x202020, 0x101010, 0x303030}),
+              (std::vector<uint64_t>{next.foreground, next.background, next.activeForeground,
+                                     next.activeBackground}));
+    EXPECT_EQ((std::vector<uint64_t>{0x0c0b0a, 0x202020, 0x777777, 0x303030}),
+              (std::vector<uint64_t>{link.foreground, link.background, link.activeForeground,
+                                     link.activeBackground}));
 
     // An unknown group gives an unset colour, which the theme then fills.
     ASSERT_EQ(0, engine.GetDlgColour(1, -1, background, foreground));

@@ -58,39 +58,24 @@ TEST(FileSets, TablesFromTheTemplate)
     EXPECT_STREQ("[EDITION]==0", engine.fileSets[0].condition);
     EXPECT_STREQ("Extra", engine.fileSets[1].name);
 
-    struct Expected {
-        int fileSet;
-        const char* dest;
-        const char* alias;
-        const char* name;
-        int size;
-        bool expand, executable, okIfMissing, strip, backup;
-        int log;
-    } expected[] = {
-        // Within a set the files stand in reverse document order.
-        {0, "[TARGET]", "folder", "folder/", 0, false, false, false, false, false, 1},
-        {0, "[TARGET]/tools", "install_toolsuninstaller.bin", "uninstaller.bin", 0, false, false,
-         false, false, false, 1},
-        {0, "[TARGET]//doc", "readme", "readme.txt", 42, true, false, true, false, true, 0},
-        {0, "[TARGET]/bin", "buildapp.exe", "app.exe", 99, false, true, false, true, false, 3},
-        {1, "/x", "a:b", "y.txt", 0, false, false, false, false, false, 0},
+    // "set dest alias name size flags log", flags as E(xpand) X(ecutable) O(kIfMissing)
+    // S(tripExeExt) B(ackupExisting); within a set the files stand in reverse order.
+    const char* expected[] = {
+        "0 [TARGET] folder folder/ 0 ----- 1",
+        "0 [TARGET]/tools install_toolsuninstaller.bin uninstaller.bin 0 ----- 1",
+        "0 [TARGET]//doc readme readme.txt 42 E-O-B 0",
+        "0 [TARGET]/bin buildapp.exe app.exe 99 -X-S- 3",
+        "1 /x a:b y.txt 0 ----- 0",
     };
     ASSERT_EQ(5, engine.fileNames.count);
     for (int i = 0; i < 5; ++i) {
-        SCOPED_TRACE(i);
-        const FILENAMES& file = engine.fileNames[i];
-        const Expected& e = expected[i];
-        EXPECT_EQ(e.fileSet, file.fileSet);
-        EXPECT_STREQ(e.dest, file.dest);
-        EXPECT_STREQ(e.alias, file.alias);
-        EXPECT_STREQ(e.name, file.name);
-        EXPECT_EQ(e.size, file.size);
-        EXPECT_EQ(e.expand, file.expandVarsInFile);
-        EXPECT_EQ(e.executable, file.executable);
-        EXPECT_EQ(e.okIfMissing, file.okIfMissing);
-        EXPECT_EQ(e.strip, file.stripExeExt);
-        EXPECT_EQ(e.backup, file.backupExisting);
-        EXPECT_EQ(e.log, file.log);
+        const FILENAMES& f = engine.fileNames[i];
+        std::string flags = std::string(f.expandVarsInFile ? "E" : "-") + (f.executable ? "X" : "-") +
+                            (f.okIfMissing ? "O" : "-") + (f.stripExeExt ? "S" : "-") +
+                            (f.backupExisting ? "B" : "-");
+        EXPECT_EQ(expected[i], std::to_string(f.fileSet) + " " + f.dest + " " + f.alias + " " + f.name +
+                                   " " + std::to_string(f.size) + " " + flags + " " +
+                                   std::to_string(f.log));
     }
 
     engine.freeFilesInfo();

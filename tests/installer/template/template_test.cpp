@@ -16,6 +16,7 @@ struct AccessorCase {
     const char* label;
     const char* templateFile;
     TextGetter getter;
+    int size;
     int result;
     const char* text;
 };
@@ -23,22 +24,23 @@ struct AccessorCase {
 TEST(TemplateAccessors, ReadTagsAsTemplatesWriteThem)
 {
     const AccessorCase cases[] = {
-        {"name", "product_full.xml", &Installer::GetAppName, 0, "ExampleProduct"},
-        {"major version", "product_full.xml", &Installer::GetAppMajorVer, 0, "5"},
-        {"full version", "product_full.xml", &Installer::GetAppFullVer, 0, "5.1.1"},
-        {"website", "product_full.xml", &Installer::GetAppWebsite, 0, "https://example.invalid"},
-        {"support mail", "product_full.xml", &Installer::GetAppSupportEmail, 0, "help@example.invalid"},
-        {"help url", "product_full.xml", &Installer::GetInstallHelpURL, 0,
+        {"name", "product_full.xml", &Installer::GetAppName, 200, 0, "ExampleProduct"},
+        {"major version", "product_full.xml", &Installer::GetAppMajorVer, 200, 0, "5"},
+        {"full version", "product_full.xml", &Installer::GetAppFullVer, 200, 0, "5.1.1"},
+        {"website", "product_full.xml", &Installer::GetAppWebsite, 200, 0, "https://example.invalid"},
+        {"support mail", "product_full.xml", &Installer::GetAppSupportEmail, 200, 0, "help@example.invalid"},
+        {"help url", "product_full.xml", &Installer::GetInstallHelpURL, 200, 0,
          "https://example.invalid/install"},
-        {"expanded title", "product_full.xml", &Installer::GetAppTitle, 0, "Example Setup"},
-        {"log file expanded", "product_full.xml", &Installer::GetInstallLogFile, 0, "/opt/ex/uninstall.log"},
-        {"backup expands to nothing", "product_full.xml", &Installer::GetInstallBackupFile, 1, ""},
-        {"command", "product_full.xml", &Installer::GetUninstallCmd, 0, "/opt/ex/bin/remove"},
-        {"xml file without text", "product_bare.xml", &Installer::GetUninstallXMLFile, -1, ""},
-        {"empty xml file tag", "product_full.xml", &Installer::GetUninstallXMLFile, 1, ""},
-        {"missing website", "product_bare.xml", &Installer::GetAppWebsite, -1, ""},
-        {"empty minor version", "product_bare.xml", &Installer::GetAppFullVer, -1, "2."},
-        {"title falls back to name", "product_bare.xml", &Installer::GetAppTitle, 0, "BareProduct"},
+        {"expanded title", "product_full.xml", &Installer::GetAppTitle, 200, 0, "Example Setup"},
+        {"log file expanded", "product_full.xml", &Installer::GetInstallLogFile, 200, 0, "/opt/ex/uninstall.log"},
+        {"backup expands to nothing", "product_full.xml", &Installer::GetInstallBackupFile, 200, 1, ""},
+        {"command", "product_full.xml", &Installer::GetUninstallCmd, 200, 0, "/opt/ex/bin/remove"},
+        {"xml file without text", "product_bare.xml", &Installer::GetUninstallXMLFile, 200, -1, ""},
+        {"empty xml file tag", "product_full.xml", &Installer::GetUninstallXMLFile, 200, 1, ""},
+        {"missing website", "product_bare.xml", &Installer::GetAppWebsite, 200, -1, ""},
+        {"empty minor version", "product_bare.xml", &Installer::GetAppFullVer, 200, -1, "2."},
+        {"title falls back to name", "product_bare.xml", &Installer::GetAppTitle, 200, 0, "BareProduct"},
+        {"plain text leaves two bytes", "product_full.xml", &Installer::GetAppName, 8, 0, "Exampl"},
     };
     for (const AccessorCase& c : cases) {
         SCOPED_TRACE(c.label);
@@ -49,21 +51,10 @@ TEST(TemplateAccessors, ReadTagsAsTemplatesWriteThem)
         t.installer->SetVar("EMPTY", "");
         char buffer[200];
         memset(buffer, 'x', sizeof(buffer));
-        EXPECT_EQ(c.result, (t.installer.get()->*c.getter)(buffer, sizeof(buffer)));
+        EXPECT_EQ(c.result, (t.installer.get()->*c.getter)(buffer, c.size));
         EXPECT_STREQ(c.text, buffer);
         EXPECT_EQ(-1, (t.installer.get()->*c.getter)(nullptr, 10));
     }
-}
-
-TEST(TemplateAccessors, PlainTextLeavesTwoBytesOfRoom)
-{
-    LoadedTemplate t;
-    ASSERT_TRUE(t.loadFile("product_full.xml"));
-    char buffer[8];
-    memset(buffer, 'x', sizeof(buffer));
-    EXPECT_EQ(0, t.installer->GetAppName(buffer, sizeof(buffer)));
-    EXPECT_STREQ("Exampl", buffer);
-    EXPECT_EQ('\0', buffer[7]);
 }
 
 TEST(TemplateAccessors, TitleFallbacks)
@@ -159,10 +150,8 @@ TEST(ControlVariables, NamesAndWarnings)
     ASSERT_EQ(0, t.installer->ExtractControlVariableNames());
     const Installer& engine = *t.installer;
     EXPECT_STREQ("PREVIOUS", engine.getControlVariableName(Installer::CV_PREVIOUS_INSTALLATION));
-    EXPECT_STREQ("DLG_CONDITION", engine.getControlVariableName(Installer::CV_DLG_CONDITION));
     EXPECT_STREQ("COUNT", engine.getControlVariableName(Installer::CV_INSTALLATIONS_COUNT));
     EXPECT_STREQ("", engine.getControlVariableName(Installer::CV_PROGRESS_DETAILS));
-    EXPECT_STREQ("", engine.getControlVariableName(Installer::CV_LEGACY_INSTALLATION));
 
     // A tag without text, a missing tag whose product part exists, and a missing tag whose
     // precondition fails (no ExternalLegacyApplication: no warning).
