@@ -2,7 +2,6 @@
 // by the path its name template expands to.
 #include <csignal>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -17,29 +16,22 @@ namespace {
 TEST(AppProbes, RunningProgramIsFoundByItsFileName)
 {
     quilbtest::TempDir dir;
-    const std::string program = dir.file("quilbprobe_sleeper");
-    ASSERT_EQ(quilbtest::runCommand("cp /bin/sleep " + quilbtest::shellQuote(program)).exitCode, 0);
-
+    const std::string program = quilbtest::shellQuote(dir.file("quilbprobe_sleeper"));
     LinuxInstaller installer(0, false, nullptr, nullptr);
     EXPECT_FALSE(installer.isAppRunning("quilbprobe_sleeper", nullptr));
 
-    pid_t child = fork();
-    ASSERT_NE(child, -1);
-    if (child == 0) {
-        execl(program.c_str(), "quilbprobe_sleeper", "30", static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    // The listing may run before the child has replaced its image: ask a few times.
+    auto started = quilbtest::runCommand("cp /bin/sleep " + program + " && (" + program + " 30 >/dev/null 2>&1 & echo $!)");
+    ASSERT_EQ(started.exitCode, 0) << started.output;
+    const pid_t child = static_cast<pid_t>(std::stol(started.output));
+    // The listing may come before the child has replaced its image: ask a few times.
     bool seen = false;
-    for (int i = 0; i < 50 && !seen; ++i) {
+    for (int i = 0; i < 50 && !seen; ++i, usleep(20000))
         seen = installer.isAppRunning("quilbprobe_sleeper", "/ignored");
-        if (!seen)
-            usleep(20000);
-    }
     EXPECT_TRUE(seen);
     EXPECT_FALSE(installer.isAppRunning("quilbprobe_sleepe", nullptr));  // names match whole
     kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
+    for (int i = 0; i < 50 && installer.isAppRunning("quilbprobe_sleeper", nullptr); ++i)
+        usleep(20000);  // reaped by init, not by us
     EXPECT_FALSE(installer.isAppRunning("quilbprobe_sleeper", nullptr));
     EXPECT_FALSE(installer.isAppRunning(nullptr, nullptr));
 }
