@@ -4,6 +4,8 @@
 #include "support/paths.h"
 
 #include <algorithm>
+#include <climits>
+#include <cstdlib>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -15,18 +17,24 @@ namespace quilbtest {
 std::string frontEndScriptText(const std::string& recordDir, const std::string& name,
                                const FrontEndScript& behaviour)
 {
+    // Without a record directory the script records nothing, so that it never writes
+    // outside the test's own directories.
+    const bool record = !recordDir.empty();
     std::ostringstream script;
     script << "#!/bin/sh\n"
            << "rec=" << shellQuote(recordDir) << "\n"
-           << "if [ \"$1\" = -testRun ]; then\n"
-           << "  echo " << shellQuote(name) << " >> \"$rec/tested\"\n"
-           << "  exit " << behaviour.testRunExit << "\n"
-           << "fi\n"
-           << "out=\"$rec/" << name << ".run\"\n"
-           << ": > \"$out\"\n"
-           << "for a in \"$0\" \"$@\"; do printf 'arg: %s\\n' \"$a\" >> \"$out\"; done\n"
-           << "printf 'dir: %s\\n' \"$QUILB_INSTALLER_DIR\" >> \"$out\"\n"
-           << "for a in \"$@\"; do case \"$a\" in -bin=*) printf 'bin: %s\\n' \"$(cat \"${a#-bin=}\")\" >> \"$out\";; esac; done\n";
+           << "if [ \"$1\" = -testRun ]; then\n";
+    if (record)
+        script << "  echo " << shellQuote(name) << " >> \"$rec/tested\"\n";
+    script << "  exit " << behaviour.testRunExit << "\n"
+           << "fi\n";
+    if (record)
+        script << "out=\"$rec/" << name << ".run\"\n"
+               << ": > \"$out\"\n"
+               << "for a in \"$0\" \"$@\"; do printf 'arg: %s\\n' \"$a\" >> \"$out\"; done\n"
+               << "printf 'dir: %s\\n' \"$QUILB_INSTALLER_DIR\" >> \"$out\"\n"
+               << "for a in \"$@\"; do case \"$a\" in -bin=*) printf 'bin: %s\\n' \"$(cat \"${a#-bin=}\")\" >> \"$out\";; esac; "
+                  "done\n";
     if (behaviour.runSignal)
         script << "kill -" << behaviour.runSignal << " $$\n";
     script << "exit " << behaviour.runExit << "\n";
@@ -106,6 +114,19 @@ CommandResult runProgram(const std::string& program, const std::vector<std::stri
     for (const std::string& arg : args)
         line += " " + shellQuote(arg);
     return runCommand(line);
+}
+
+PackedInstaller::PackedInstaller(const InstallerContent& content)
+{
+    char real[PATH_MAX];
+    dir = realpath(work.path().c_str(), real) ? real : work.path();
+    installer = dir + "/installer";
+    built = buildInstaller(content, installer, &packLog);
+}
+
+bool PackedInstaller::onlyInstallerLeft() const
+{
+    return listTree(dir) == std::vector<std::string>{"installer"};
 }
 
 std::vector<std::string> listTree(const std::string& dir)

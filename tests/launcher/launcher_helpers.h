@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/paths.h"
 #include "support/process.h"
 
 namespace quilbtest {
@@ -20,7 +21,7 @@ struct FrontEndScript {
 // A shell script that answers "-testRun" with `behaviour.testRunExit` (and notes the call in
 // `<recordDir>/tested`), and in a real run writes to `<recordDir>/<name>.run` its arguments
 // ("arg: ..." lines, $0 first), "dir: $QUILB_INSTALLER_DIR" and "bin: <content of the file
-// named by -bin=>", then exits as told.
+// named by -bin=>", then exits as told. With an empty `recordDir` it records nothing.
 std::string frontEndScriptText(const std::string& recordDir, const std::string& name,
                                const FrontEndScript& behaviour);
 
@@ -69,6 +70,20 @@ bool buildInstaller(const InstallerContent& content, const std::string& path, st
 // a user would see.
 CommandResult runProgram(const std::string& program, const std::vector<std::string>& args,
                          const std::string& workDir);
+
+// A fresh directory holding one installer packed from `content`, as "installer".
+struct PackedInstaller {
+    TempDir work;
+    std::string dir;        // real path of the directory, as the launcher sees its own
+    std::string installer;  // dir + "/installer"
+    bool built = false;
+    std::string packLog;    // what quilb_pack said
+
+    explicit PackedInstaller(const InstallerContent& content);
+    CommandResult run(const std::vector<std::string>& args = {}) const { return runProgram(installer, args, dir); }
+    // True when the directory holds the installer and nothing else.
+    bool onlyInstallerLeft() const;
+};
 
 // Every path below `dir` (files and directories, relative, sorted).
 std::vector<std::string> listTree(const std::string& dir);

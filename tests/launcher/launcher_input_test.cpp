@@ -5,20 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <sys/stat.h>
 
 namespace quilbtest {
 namespace {
-
-std::string realDir(const TempDir& dir)
-{
-    char real[PATH_MAX];
-    return realpath(dir.path().c_str(), real) ? real : dir.path();
-}
 
 const FrontEndScript kWorks;
 
@@ -82,42 +73,24 @@ TEST(LauncherFileList, VocabularyOfTheList)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        TempDir work, records;
-        const std::string dir = realDir(work);
-        std::string log;
-        ASSERT_TRUE(buildInstaller(contentWithList(records.path(), c.elements), dir + "/installer", &log)) << log;
-        CommandResult result = runProgram(dir + "/installer", {}, dir);
+        TempDir records;
+        PackedInstaller packed(contentWithList(records.path(), c.elements));
+        ASSERT_TRUE(packed.built) << packed.packLog;
+        CommandResult result = packed.run();
 
         EXPECT_EQ(result.exitCode, c.exitCode) << result.output;
         FrontEndRecord record = readFrontEndRecord(records.path(), "installer_gtk2");
         EXPECT_EQ(record.ran, c.binPath != nullptr);
         if (c.binPath) {
             ASSERT_FALSE(record.args.empty());
-            EXPECT_EQ(record.args.back(), "-bin=" + dir + c.binPath);
+            EXPECT_EQ(record.args.back(), "-bin=" + packed.dir + c.binPath);
             EXPECT_EQ(record.binContent, "product package");
         }
         if (c.message) {
             EXPECT_NE(result.output.find(c.message), std::string::npos) << result.output;
         }
-        EXPECT_EQ(listTree(dir), std::vector<std::string>{"installer"}) << result.output;
+        EXPECT_TRUE(packed.onlyInstallerLeft()) << result.output;
     }
-}
-
-TEST(LauncherFileList, UnpackedProgramsGetExecutePermission)
-{
-    TempDir work, records;
-    const std::string dir = realDir(work);
-    InstallerContent content =
-        contentWithList(records.path(), kBinary + frontEnds("Executable=\"yes\"") +
-                                            fnElement("binary", "plain", "p.bin", "Executable=\"0\""));
-    ASSERT_TRUE(buildInstaller(content, dir + "/installer"));
-    CommandResult result = runProgram(dir + "/installer", {"-unpack=binary", "-unpack=installer_x11"}, dir);
-    ASSERT_EQ(result.exitCode, 0) << result.output;
-    struct stat info;
-    ASSERT_EQ(stat((dir + "/install_files/installer_x11").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0775u);
-    ASSERT_EQ(stat((dir + "/plain/p.bin").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0111, 0u);
 }
 
 // Byte offset in `installer` of the first chunk's compressed data, found through the
@@ -183,19 +156,18 @@ TEST(LauncherBadInput, DamagedInstallersAreRefusedCleanly)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        TempDir work;
-        const std::string dir = realDir(work);
         InstallerContent content = standardContent("", kWorks, kWorks, kWorks);
         content.fileList = c.fileList;
-        ASSERT_TRUE(buildInstaller(content, dir + "/installer"));
-        std::string installer = readFile(dir + "/installer");
+        PackedInstaller packed(content);
+        ASSERT_TRUE(packed.built) << packed.packLog;
+        std::string installer = readFile(packed.installer);
         c.damage(installer);
-        ASSERT_TRUE(writeFile(dir + "/installer", installer));
+        ASSERT_TRUE(writeFile(packed.installer, installer));
 
-        CommandResult result = runProgram(dir + "/installer", {}, dir);
+        CommandResult result = packed.run();
         EXPECT_EQ(result.exitCode, c.exitCode) << result.output;
         EXPECT_EQ(result.output, c.output);
-        EXPECT_EQ(listTree(dir), std::vector<std::string>{"installer"});
+        EXPECT_TRUE(packed.onlyInstallerLeft());
     }
 }
 

@@ -4,42 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <cstdlib>
 #include <sys/stat.h>
 
 namespace quilbtest {
 namespace {
-
-// A directory holding one freshly packed installer, and a directory for the front ends'
-// records.
-struct Packed {
-    TempDir work;
-    TempDir records;
-    std::string dir;        // real path of `work`, as the launcher sees its own directory
-    std::string installer;  // dir + "/installer"
-
-    explicit Packed(const InstallerContent& content)
-    {
-        char real[PATH_MAX];
-        dir = realpath(work.path().c_str(), real) ? real : work.path();
-        installer = dir + "/installer";
-        std::string log;
-        EXPECT_TRUE(buildInstaller(content, installer, &log)) << log;
-    }
-    CommandResult run(const std::vector<std::string>& args = {}) const
-    {
-        return runProgram(installer, args, dir);
-    }
-    bool onlyInstallerLeft() const { return listTree(dir) == std::vector<std::string>{"installer"}; }
-};
 
 const FrontEndScript kWorks;
 const FrontEndScript kFailsTest{1, 0, 0};
 
 TEST(LauncherRun, PrintsEachStepAndRemovesWhatItWrote)
 {
-    Packed packed(standardContent("", kWorks, kWorks, kWorks));
+    PackedInstaller packed(standardContent("", kWorks, kWorks, kWorks));
     CommandResult result = packed.run();
     const std::string files = packed.dir + "/install_files/";
     EXPECT_EQ(result.exitCode, 0);
@@ -83,7 +58,7 @@ TEST(LauncherRun, ChoosesTheFirstWorkingFrontEndAndHandsOverEverything)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         TempDir records;
-        Packed packed(standardContent(records.path(), c.gtk2, c.x11, c.console));
+        PackedInstaller packed(standardContent(records.path(), c.gtk2, c.x11, c.console));
         const std::vector<std::string> args = {"-debug", "-PRODUCT_NAME=two words", "--verbose", "-debug"};
         CommandResult result = packed.run(args);
 
@@ -128,7 +103,7 @@ TEST(LauncherRun, QuietOptions)
         {{"-configFile=x"}, true},
         {{"-configFile=a", "-quiet=0"}, false},
     };
-    Packed packed(standardContent("", kWorks, kWorks, kWorks));
+    PackedInstaller packed(standardContent("", kWorks, kWorks, kWorks));
     for (const Case& c : cases) {
         std::string name;
         for (const std::string& arg : c.args)
@@ -157,12 +132,18 @@ TEST(LauncherRun, UnpackOnlyWritesTheChosenFilesAndKeepsThem)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         TempDir records;
-        Packed packed(standardContent(records.path(), kWorks, kWorks, kWorks));
+        PackedInstaller packed(standardContent(records.path(), kWorks, kWorks, kWorks));
         CommandResult result = packed.run(c.args);
         EXPECT_EQ(result.exitCode, 0) << result.output;
         EXPECT_EQ(listTree(packed.dir), c.tree);
         EXPECT_TRUE(testedFrontEnds(records.path()).empty());
-        if (fileExists(packed.dir + "/install_files/binary")) {
+        // Programs get execute permission, the product package does not.
+        struct stat info;
+        if (stat((packed.dir + "/install_files/installer_console").c_str(), &info) == 0) {
+            EXPECT_EQ(info.st_mode & 07777, 0775u);
+        }
+        if (stat((packed.dir + "/install_files/binary").c_str(), &info) == 0) {
+            EXPECT_EQ(info.st_mode & 0111, 0u);
             EXPECT_EQ(readFile(packed.dir + "/install_files/binary"), "product package");
         }
     }
