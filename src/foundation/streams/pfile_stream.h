@@ -6,11 +6,11 @@
 class PFileStream : public PStream {
 public:
     // Access bits for Open: bit 31 read, bit 30 write, both read-write, none read-only.
-    static const unsigned int AccessRead = 0x80000000u;
-    static const unsigned int AccessWrite = 0x40000000u;
+    static constexpr unsigned int AccessRead = 0x80000000u;
+    static constexpr unsigned int AccessWrite = 0x40000000u;
     // Dispositions for Open: an existing file, or one made or emptied.
-    static const int OpenExisting = 0;
-    static const int CreateAlways = 3;
+    static constexpr int OpenExisting = 0;
+    static constexpr int CreateAlways = 3;
 
     PFileStream();
     ~PFileStream() override;
