@@ -106,12 +106,12 @@ long firstChunkOffset(const std::string& installer, long imageSize)
 TEST(LauncherBadInput, DamagedInstallersAreRefusedCleanly)
 {
     const std::string image = readFile(binDir() + "/launcher");
-    const std::string checksum =
-        "Initializing...\n"
-        "Verifying installer integrity...Failed!\n\n"
+    // Quiet runs still tell the failures.
+    const std::string checksumQuiet =
         "The checksum of the installer doesn't match. This could indicate a broken download.\n"
         "Please, try downloading again or contact us at " + supportAddress() + "\n"
         "An error occured in installer initialization!\n";
+    const std::string checksum = "Initializing...\nVerifying installer integrity...Failed!\n\n" + checksumQuiet;
     const std::string initFailed =
         "Initializing...\nVerifying installer integrity...OK.\nAn error occured in installer initialization!\n";
     const std::string noList = "Initializing...\nVerifying installer integrity...OK.\nGathering file information...\n"
@@ -129,10 +129,13 @@ TEST(LauncherBadInput, DamagedInstallersAreRefusedCleanly)
         std::string fileList;  // the list packed as "install.xml"
         int exitCode;
         std::string output;
+        std::vector<std::string> args = {};
     };
+    auto truncate = [](std::string& f) { f.resize(f.size() - 100); };
     auto keep = [](std::string&) {};
     const Case cases[] = {
-        {"truncated", [](std::string& f) { f.resize(f.size() - 100); }, fileListXml(""), 230, checksum},
+        {"truncated", truncate, fileListXml(""), 230, checksum},
+        {"truncated, quiet", truncate, fileListXml(""), 230, checksumQuiet, {"-configFile=x"}},
         {"byte flipped behind 5000", [](std::string& f) { f[f.size() / 2] ^= 0x20; }, fileListXml(""), 230, checksum},
         {"launcher without package", [&](std::string& f) { f = image; }, fileListXml(""), 1,
          "The launcher can not be used without a packed fat binary!\n"},
@@ -164,7 +167,7 @@ TEST(LauncherBadInput, DamagedInstallersAreRefusedCleanly)
         c.damage(installer);
         ASSERT_TRUE(writeFile(packed.installer, installer));
 
-        CommandResult result = packed.run();
+        CommandResult result = packed.run(c.args);
         EXPECT_EQ(result.exitCode, c.exitCode) << result.output;
         EXPECT_EQ(result.output, c.output);
         EXPECT_TRUE(packed.onlyInstallerLeft());
