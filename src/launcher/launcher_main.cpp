@@ -77,7 +77,8 @@ bool readPackageOffset(int& offset)
     return true;
 }
 
-// Steps 5 to 12 of the main flow, with the engine object alive for all of them.
+// Everything from loading the package to the hand-over, with the engine object alive
+// throughout and destroyed on every way out.
 int runWithInstaller(int argc, char** argv, int offset)
 {
     LinuxInstaller installer(0, false, nullptr, nullptr);
