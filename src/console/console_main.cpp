@@ -161,14 +161,12 @@ int SearchAndAskForBinFile(char* path, int size)
             choice = count + 1;
             break;
         }
+        // Drop the rest of the line, so that the next question doesn't take it as its answer.
+        int c;
+        while ((c = getchar()) != EOF && c != '\n') {
+        }
         if (read == 1 && choice >= 1 && choice <= count + 1)
             break;
-        if (read != 1) {
-            // Drop the rest of a line that held no number.
-            int c;
-            while ((c = getchar()) != EOF && c != '\n') {
-            }
-        }
         printf("Please, enter a number in [%d - %d]: ", 1, count + 1);
         fflush(stdout);
     }

@@ -61,11 +61,14 @@ bool User::readHidden(char* buffer, int size) const
     int length = 0;
     bool ok = true;
     for (;;) {
-        unsigned char c;
-        if (isInterrupted() || read(STDIN_FILENO, &c, 1) != 1) {
+        // Through stdio like every other answer, so that input read ahead for an earlier
+        // question (answers from a pipe) isn't skipped.
+        int next = isInterrupted() ? EOF : getchar();
+        if (next == EOF) {
             ok = false;
             break;
         }
+        unsigned char c = static_cast<unsigned char>(next);
         if (c == '\r' || c == '\n')
             break;
         if (c == 3 || c == 26 || c == 27) {

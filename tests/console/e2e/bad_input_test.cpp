@@ -41,6 +41,11 @@ TEST_F(BadInputTest, RefusedWithTheirMessageAndStatusLeavingNothingBehind)
     const std::vector<Refusal> refusals = {
         {"configuration file missing", false, {bin, "-configFile=missing.xml"}, {}, "", 255,
          "The file \"missing.xml\" does not exist! Please specify existing file!\n" + kFailed},
+        {"configuration file missing, not quiet: the engine says so too", false,
+         {bin, "-configFile=missing.xml", "-quiet=0"}, {}, "", 255,
+         "The file \"missing.xml\" does not exist! Please specify existing file!\n\n"
+         "Error loading configuration file \"missing.xml\" (2). Installation can not continue.\n"
+         "Press Enter to continue..." + kFailed},
         {"configuration file not XML", false, {bin, "-configFile=notes.txt"},
          {{"notes.txt", "just some words\n"}}, "", 255,
          "The file \"notes.txt\" is not a propper XML installation config file. The installation can not "

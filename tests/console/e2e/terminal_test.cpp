@@ -63,7 +63,7 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {kPagePrompt, ""},
           {"Target folder [/opt/prompt-check]:", "  /srv//prompt \\data /"},
           {"Owner name [nobody]:", "  Jane Doe  "},
-          {"Access code:", "s3cr3t", true},
+          {"Access code:", "  s3 cr3tt\x7f  ", true},
           {"Make a link in /srv/prompt/data/ ([no] or yes): ", "maybe"},
           {"Please, answer with no or yes: ", "YES"},
           {"Edition\n\x1b[0m  1) Basic: the bare program\n\x1b[0m  2) Full: with examples\n"
@@ -72,7 +72,7 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {"Please, answer with a number (1 to 3)\nEnter your choice [1-3]: ", "3"},
           {"Choice 3 is disabled, choose something else!\nEnter your choice [1-3]: ", "4"},
           {"Please, answer with a number (1 to 3)\nEnter your choice [1-3]: ", "2"}},
-         "Summary: TARGET=/srv/prompt/data/ OWNER=Jane Doe CODE=s3cr3t LINK=1 EDITION=1",
+         "Summary: TARGET=/srv/prompt/data/ OWNER=Jane Doe CODE=  s3 cr3t   LINK=1 EDITION=1",
          {"Never asked", "An extra word"}},
         {"empty answers keep current values, an enabled choice is the default",
          {"-VARIABLE_EDITION=2", "-VARIABLE_SERVER_OK=1", "-VARIABLE_LINK=1", "-VARIABLE_CODE=old"},
@@ -86,6 +86,18 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {"\x1b[0m  3) Server: for a server\n\x1b[0mEnter your choice [1-3, default is 3]: ", ""}},
          "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE=old LINK=0 EDITION=2",
          {"Choice 3 is disabled"}},
+        {"a check box value out of range offers no default",
+         {"-VARIABLE_LINK=5", "-VARIABLE_EDITION=1"},
+         {{kLicencePrompt, ""},
+          {kPagePrompt, ""},
+          {"Target folder [/opt/prompt-check]:", ""},
+          {"Owner name [nobody]:", ""},
+          {"Access code:", "", true},
+          {"Make a link in /opt/prompt-check (no or yes): ", ""},
+          {"Please, answer with no or yes: ", "yes"},
+          {"Enter your choice [1-3, default is 2]: ", "1"}},
+         "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=1 EDITION=0",
+         {}},
         {"quiet at a terminal asks but shows no banner, texts or licence",
          {"-quiet", "-VARIABLE_EDITION=0", "-VARIABLE_EXTRA=1"},
          {{"Target folder [/opt/prompt-check]:", "/tmp/q"},
@@ -123,7 +135,7 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
         // Nothing is shown twice, and the password is never echoed.
         EXPECT_LE(occurrences(all, "* Quilb Group installer       *"), 1u);
         EXPECT_LE(occurrences(all, "Welcome to Prompt Check 3.\n"), 1u);
-        EXPECT_EQ(occurrences(all, "s3cr3t"), dialogue.summary.find("s3cr3t") == std::string::npos ? 0u : 1u);
+        EXPECT_EQ(occurrences(all, "s3 cr3t"), dialogue.summary.find("s3 cr3t") == std::string::npos ? 0u : 1u);
         EXPECT_EQ(all.find("Automatic installation"), std::string::npos);
     }
 }
@@ -214,3 +226,37 @@ TEST_F(TerminalTest, LicencePagesFollowTheTerminalHeight)
 }
 
 } // namespace
+
+struct PipedAnswers {
+    const char* name;
+    std::vector<std::string> args;
+    bool severalPackages;  // a.ibin and b.ibin in the working directory, no -bin=
+    std::string input;
+    std::string summary;
+};
+
+TEST_F(TerminalTest, AnswersReadFromAPipeInOrder)
+{
+    const std::vector<PipedAnswers> cases = {
+        {"a password among the answers", withPackage({}), false, "\n/srv/x\nJane\nsecret\nyes\n2\n",
+         "TARGET=/srv/x OWNER=Jane CODE=secret LINK=1 EDITION=1"},
+        {"the package's number is a line of its own", {}, true, "2\n\n/srv/picked\nJane\n\nno\n1\n",
+         "TARGET=/srv/picked OWNER=Jane CODE= LINK=0 EDITION=0"},
+        {"a number with words behind it", {}, true, "1 please\n\n/srv/first\n\n\n\n3\n",
+         "TARGET=/srv/first OWNER=nobody CODE= LINK=0 EDITION=2"},
+    };
+    for (const PipedAnswers& piped : cases) {
+        SCOPED_TRACE(piped.name);
+        TempDir dir;
+        std::vector<std::string> args = piped.args;
+        if (piped.severalPackages) {
+            ASSERT_TRUE(writeFile(dir.file("a.ibin"), readFile(products().promptsPackage)));
+            ASSERT_TRUE(writeFile(dir.file("b.ibin"), readFile(products().promptsPackage)));
+        }
+        if (piped.summary.find("EDITION=2") != std::string::npos)
+            args.push_back("-VARIABLE_SERVER_OK=1");
+        CommandResult result = runSandboxed(installerConsole(), args, dir.path(), piped.input);
+        EXPECT_EQ(result.exitCode, 0) << result.output;
+        EXPECT_NE(result.output.find("Summary: " + piped.summary + "\n"), std::string::npos) << result.output;
+    }
+}
