@@ -60,9 +60,12 @@ Products buildProducts(const std::string& dir)
     std::string notes = sourceDir() + "/examples/quilb-notes";
     made.promptsPackage = dir + "/prompts.ibin";
     made.notesPackage = dir + "/notes.ibin";
-    pack({"package", "-t", data + "/prompts.xml", "-b", data, "--add", "license.md=" + data + "/license.md", "-o",
-          made.promptsPackage},
-         made.failure);
+    std::vector<std::string> prompts = {"package", "-t", data + "/prompts.xml", "-b", data, "-o", made.promptsPackage};
+    for (const char* document : {"license.md", "terms.rtf", "plain.md", "extra.md"}) {
+        prompts.push_back("--add");
+        prompts.push_back(std::string(document) + "=" + data + "/" + document);
+    }
+    pack(prompts, made.failure);
     pack({"package", "-t", notes + "/install.xml", "-b", notes, "--add", "license.md=" + notes + "/license.md",
           "-o", made.notesPackage},
          made.failure);

@@ -66,13 +66,14 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {"Access code:", "  s3 cr3tt\x7f  ", true},
           {"Make a link in /srv/prompt/data/ ([no] or yes): ", "maybe"},
           {"Please, answer with no or yes: ", "YES"},
+          {"Serve others ([no] or yes): ", ""},
           {"Edition\n\x1b[0m  1) Basic: the bare program\n\x1b[0m  2) Full: with examples\n"
            "\x1b[31m  3) Server: for a server\n\x1b[0mEnter your choice [1-3]: ",
            ""},
           {"Please, answer with a number (1 to 3)\nEnter your choice [1-3]: ", "3"},
           {"Choice 3 is disabled, choose something else!\nEnter your choice [1-3]: ", "4"},
           {"Please, answer with a number (1 to 3)\nEnter your choice [1-3]: ", "2"}},
-         "Summary: TARGET=/srv/prompt/data/ OWNER=Jane Doe CODE=  s3 cr3t   LINK=1 EDITION=1",
+         "Summary: TARGET=/srv/prompt/data/ OWNER=Jane Doe CODE=  s3 cr3t   LINK=1 EDITION=1 PLAN=desk plan",
          {"Never asked", "An extra word"}},
         {"empty answers keep current values, an enabled choice is the default",
          {"-VARIABLE_EDITION=2", "-VARIABLE_SERVER_OK=1", "-VARIABLE_LINK=1", "-VARIABLE_CODE=old"},
@@ -83,8 +84,9 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {"Access code [old]:", "", true},
           {"Make a link in /opt/prompt-check (no or [yes]): ", "n"},
           {"Please, answer with no or yes: ", "No"},
+          {"Serve others (no or [yes]): ", ""},
           {"\x1b[0m  3) Server: for a server\n\x1b[0mEnter your choice [1-3, default is 3]: ", ""}},
-         "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE=old LINK=0 EDITION=2",
+         "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE=old LINK=0 EDITION=2 PLAN=server plan",
          {"Choice 3 is disabled"}},
         {"a check box value out of range offers no default",
          {"-VARIABLE_LINK=5", "-VARIABLE_EDITION=1"},
@@ -95,15 +97,33 @@ TEST_F(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {"Access code:", "", true},
           {"Make a link in /opt/prompt-check (no or yes): ", ""},
           {"Please, answer with no or yes: ", "yes"},
+          {"Serve others ([no] or yes): ", ""},
           {"Enter your choice [1-3, default is 2]: ", "1"}},
-         "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=1 EDITION=0",
+         "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=1 EDITION=0 PLAN=desk plan",
          {}},
+        {"an answer enables a later choice and runs the dialog's trigger",
+         {"-VARIABLE_NOTES=1"},
+         {{kLicencePrompt, ""},
+          {kPagePrompt, ""},
+          {"Target folder [/opt/prompt-check]:", ""},
+          {"Owner name [nobody]:", ""},
+          {"Access code:", "", true},
+          {"Make a link in /opt/prompt-check ([no] or yes): ", ""},
+          {"Serve others ([no] or yes): ", "yes"},
+          {"\x1b[0m  3) Server: for a server\n\x1b[0mEnter your choice [1-3]: ", "3"},
+          {"Some notes.\n" + kLicencePrompt, ""},
+          {"  Terms of use.\n  Be nice to others.\n\n" + kPagePrompt, ""},
+          {kLicencePrompt, ""},
+          {"Plain notes in the dialect.\n\n" + kPagePrompt, ""}},
+         "Summary: TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=0 EDITION=2 PLAN=server plan",
+         {"Extra notes"}},
         {"quiet at a terminal asks but shows no banner, texts or licence",
          {"-quiet", "-VARIABLE_EDITION=0", "-VARIABLE_EXTRA=1"},
          {{"Target folder [/opt/prompt-check]:", "/tmp/q"},
           {"Owner name [nobody]:", "Q"},
           {"Access code:", "x", true},
-          {"([no] or yes): ", "yes"},
+          {"Make a link in /tmp/q ([no] or yes): ", "yes"},
+          {"Serve others ([no] or yes): ", ""},
           {"Enter your choice [1-3, default is 1]: ", ""}},
          "",
          {"Quilb Group installer", "Welcome", "An extra word", kLicencePrompt, "line 01", "Summary:"}},
@@ -156,7 +176,8 @@ TEST_F(TerminalTest, BannerAndTextsComeOnceInOrder)
                   kLicencePrompt);
     for (int i = 0; i < 2; ++i)
         session.send("");
-    for (const char* prompt : {"Target folder", "Owner name", "Access code", "or yes): ", "default is 1]: "}) {
+    for (const char* prompt :
+         {"Target folder", "Owner name", "Access code", "Make a link", "Serve others", "default is 1]: "}) {
         ASSERT_TRUE(session.expect(prompt)) << session.transcript();
         if (std::string(prompt) == "Access code") {
             ASSERT_TRUE(session.waitForNoEcho());
@@ -166,7 +187,7 @@ TEST_F(TerminalTest, BannerAndTextsComeOnceInOrder)
     EXPECT_EQ(session.finish(), 0);
     std::string all = session.transcript();
     EXPECT_EQ(occurrences(all, "Tell us how to set things up.\n"), 1u);
-    EXPECT_NE(all.find("Summary: TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=0 EDITION=0\n"
+    EXPECT_NE(all.find("Summary: TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=0 EDITION=0 PLAN=desk plan\n"
                        "Prompt Check is set up.\n"),
               std::string::npos)
         << all;
@@ -238,12 +259,12 @@ struct PipedAnswers {
 TEST_F(TerminalTest, AnswersReadFromAPipeInOrder)
 {
     const std::vector<PipedAnswers> cases = {
-        {"a password among the answers", withPackage({}), false, "\n/srv/x\nJane\nsecret\nyes\n2\n",
-         "TARGET=/srv/x OWNER=Jane CODE=secret LINK=1 EDITION=1"},
-        {"the package's number is a line of its own", {}, true, "2\n\n/srv/picked\nJane\n\nno\n1\n",
-         "TARGET=/srv/picked OWNER=Jane CODE= LINK=0 EDITION=0"},
-        {"a number with words behind it", {}, true, "1 please\n\n/srv/first\n\n\n\n3\n",
-         "TARGET=/srv/first OWNER=nobody CODE= LINK=0 EDITION=2"},
+        {"a password among the answers", withPackage({}), false, "\n/srv/x\nJane\nsecret\nyes\n\n2\n",
+         "TARGET=/srv/x OWNER=Jane CODE=secret LINK=1 EDITION=1 PLAN=desk plan"},
+        {"the package's number is a line of its own", {}, true, "2\n\n/srv/picked\nJane\n\nno\n\n1\n",
+         "TARGET=/srv/picked OWNER=Jane CODE= LINK=0 EDITION=0 PLAN=desk plan"},
+        {"a number with words behind it", {}, true, "1 please\n\n/srv/first\n\n\n\nyes\n3\n",
+         "TARGET=/srv/first OWNER=nobody CODE= LINK=0 EDITION=2 PLAN=server plan"},
     };
     for (const PipedAnswers& piped : cases) {
         SCOPED_TRACE(piped.name);
@@ -253,8 +274,6 @@ TEST_F(TerminalTest, AnswersReadFromAPipeInOrder)
             ASSERT_TRUE(writeFile(dir.file("a.ibin"), readFile(products().promptsPackage)));
             ASSERT_TRUE(writeFile(dir.file("b.ibin"), readFile(products().promptsPackage)));
         }
-        if (piped.summary.find("EDITION=2") != std::string::npos)
-            args.push_back("-VARIABLE_SERVER_OK=1");
         CommandResult result = runSandboxed(installerConsole(), args, dir.path(), piped.input);
         EXPECT_EQ(result.exitCode, 0) << result.output;
         EXPECT_NE(result.output.find("Summary: " + piped.summary + "\n"), std::string::npos) << result.output;

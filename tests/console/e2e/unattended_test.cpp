@@ -22,11 +22,13 @@ const std::string kLicence = [] {
 const std::string kClearedLine = "\r" + std::string(78, ' ') + "\r\n";
 const std::string kSuccess = "Automatic installation was successful!\n";
 
-std::string promptsRun(const std::string& summary)
+// The whole output of a run of the test product that isn't quiet; `notes` is what the
+// optional notes dialog shows.
+std::string promptsRun(const std::string& summary, const std::string& notes = "")
 {
     return kBanner + "Welcome to Prompt Check 3.\nPlease read the licence.\n" + kLicence +
-           "Tell us how to set things up.\nSummary: " + summary + "\nPrompt Check is set up.\n" + kClearedLine +
-           kSuccess;
+           "Tell us how to set things up.\n" + notes + "Summary: " + summary + "\nPrompt Check is set up.\n" +
+           kClearedLine + kSuccess;
 }
 
 std::string answers()
@@ -71,14 +73,18 @@ TEST_F(UnattendedTest, ConsoleProgramWithConfigurationFile)
         {"-quiet=1 stays quiet", {bin, "-quiet=1", "-configFile=" + answers()}, kSuccess},
         {"-quiet=0 shows banner, texts and licence",
          {bin, "-configFile=" + answers(), "-quiet=0"},
-         promptsRun("TARGET=/srv/prompt OWNER=Config Owner CODE= LINK=1 EDITION=1")},
+         promptsRun("TARGET=/srv/prompt OWNER=Config Owner CODE= LINK=1 EDITION=1 PLAN=desk plan")},
         {"the command line wins over the file, a bare variable is 1",
          {bin, "-VARIABLE_OWNER=From CLI", "-configFile=" + answers(), "-quiet=0", "-VARIABLE_LINK",
           "-VARIABLE_EDITION=2", "-VARIABLE_EDITION=0"},
-         promptsRun("TARGET=/srv/prompt OWNER=From CLI CODE= LINK=1 EDITION=2")},
+         promptsRun("TARGET=/srv/prompt OWNER=From CLI CODE= LINK=1 EDITION=2 PLAN=desk plan")},
+        {"documents by kind, and a trigger of a field's answer",
+         {bin, "-configFile=" + answers(), "-quiet=0", "-VARIABLE_NOTES=1", "-VARIABLE_SERVER_OK=1"},
+         promptsRun("TARGET=/srv/prompt OWNER=Config Owner CODE= LINK=1 EDITION=1 PLAN=server plan",
+                    "Some notes.\n  Terms of use.\n  Be nice to others.\nPlain notes in the dialect.\n")},
         {"-auto without a file takes the template's values and isn't quiet",
          {bin, "-auto"},
-         promptsRun("TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=0 EDITION=7")},
+         promptsRun("TARGET=/opt/prompt-check OWNER=nobody CODE= LINK=0 EDITION=7 PLAN=desk plan")},
         {"-gui is refused with a warning, the run goes on",
          {bin, "-gui", "-configFile=" + answers()},
          "Warning: Cannot automatically (un)install in GUI mode (reverting to CLI mode)\n" + kSuccess},
@@ -103,7 +109,7 @@ TEST_F(UnattendedTest, PackageChosenAmongSeveralInTheWorkingDirectory)
     EXPECT_EQ(result.exitCode, 0) << result.output;
     EXPECT_EQ(result.output, "Several .ibin files are found - please choose one of them:\n"
                              "\t1) a.ibin\n\t2) b.ibin\n\t3) Exit\n\n>" +
-                                 promptsRun("TARGET=/srv/prompt OWNER=Config Owner CODE= LINK=1 EDITION=1"));
+                                 promptsRun("TARGET=/srv/prompt OWNER=Config Owner CODE= LINK=1 EDITION=1 PLAN=desk plan"));
 
     // With one package it is taken without a question.
     TempDir single;
@@ -150,7 +156,8 @@ TEST_F(UnattendedTest, ThroughTheSelfExtractingInstaller)
         {"-quiet=0 shows both",
          {"-configFile=answers.xml", "-quiet=0", "-VARIABLE_OWNER=Launched"},
          {"Verifying installer integrity...OK.", "is a suitable installer. Installing...", kBanner,
-          "Summary: TARGET=/srv/prompt OWNER=Launched CODE= LINK=1 EDITION=1\n", kSuccess, "Deleted "},
+          "Summary: TARGET=/srv/prompt OWNER=Launched CODE= LINK=1 EDITION=1 PLAN=desk plan\n", kSuccess,
+          "Deleted "},
          {"ERROR"}},
         {"a failed front end still lets the launcher end with 0",
          {"-configFile=missing.xml"},
