@@ -105,9 +105,11 @@ bool User::get_line(const char* text, char* buffer, int size, const char* curren
         fputs(":", stdout);
     char answer[4096];
     bool ok = echo ? readLine(answer, sizeof answer) : readHidden(answer, sizeof answer);
+    // The end of the input is an empty answer: the value offered stands. Only an interrupt
+    // makes the caller fall back to the default.
     if (!ok || answer[0] == '\0') {
         TeskUtils::copyBounded(buffer, current && *current ? current : (def ? def : ""), size);
-        return ok && !isInterrupted();
+        return !isInterrupted();
     }
     TeskUtils::copyBounded(buffer, answer, size);
     return !isInterrupted();

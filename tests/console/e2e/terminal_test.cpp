@@ -263,6 +263,10 @@ TEST_F(TerminalTest, AnswersReadFromAPipeInOrder)
          "TARGET=/srv/x OWNER=Jane CODE=secret LINK=1 EDITION=1 PLAN=desk plan"},
         {"the package's number is a line of its own", {}, true, "2\n\n/srv/picked\nJane\n\nno\n\n1\n",
          "TARGET=/srv/picked OWNER=Jane CODE= LINK=0 EDITION=0 PLAN=desk plan"},
+        {"the input ends: every field keeps the value it offered",
+         withPackage({"-VARIABLE_TARGET=/cli", "-VARIABLE_OWNER=cli", "-VARIABLE_CODE=pw", "-VARIABLE_LINK=1",
+                      "-VARIABLE_EDITION=1"}),
+         false, "", "TARGET=/cli OWNER=cli CODE=pw LINK=1 EDITION=1 PLAN=desk plan"},
         {"a number with words behind it", {}, true, "1 please\n\n/srv/first\n\n\n\nyes\n3\n",
          "TARGET=/srv/first OWNER=nobody CODE= LINK=0 EDITION=2 PLAN=server plan"},
     };
