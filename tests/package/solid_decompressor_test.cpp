@@ -214,25 +214,4 @@ TEST(SolidDecompressor, FactoryChecksEveryHeaderField)
     }
 }
 
-TEST(SolidDecompressor, ErrorTexts)
-{
-    ZlibSolidDecompressor decompressor;
-    EXPECT_STREQ(decompressor.getErrorString(-5), "output buffer is not big enough");
-    EXPECT_STREQ(decompressor.getErrorString(-4), "insufficient memory");
-    EXPECT_STREQ(decompressor.getErrorString(-3), "corrupted compressed data");
-    EXPECT_STREQ(decompressor.getErrorString(-2), "unknown error");
-    EXPECT_STREQ(decompressor.getErrorString(0), "unknown error");
-}
-
-TEST(SolidDecompressor, CountBelowOneDecompressesNothing)
-{
-    ZlibSolidDecompressor decompressor;
-    MemFile in(nullptr, 0);
-    unsigned char* out = nullptr;
-    long outSize = -1;
-    EXPECT_EQ(decompressor.stripedDecompressData(in, out, outSize, nullptr, 0, 20), 0);
-    EXPECT_EQ(outSize, 0);
-    delete[] out;
-}
-
 } // namespace
