@@ -1,4 +1,5 @@
-// Variables from the command line and from a configuration file, and which source wins.
+// Variables from the command line and a configuration file, which source wins, the exclude
+// list, and the configuration file that a run writes for unattended repeats.
 #include <gtest/gtest.h>
 
 #include "foundation/misc/cl_parser.h"
@@ -19,27 +20,17 @@ std::string productXml()
 
 TEST(CommandLine, VariableOptionsSetVariables)
 {
-    struct Row {
-        const char* name;
-        std::vector<const char*> args;
-        std::vector<std::pair<const char*, const char*>> expect;  // name, value
-        std::vector<const char*> excluded;     // made up on the command line
-        std::vector<const char*> notRecorded;  // no record may exist of these
+    // madeUp: a variable the command line made, kept out of log and configuration
+    const struct { const char* name; std::vector<const char*> args; std::vector<std::pair<const char*, const char*>> expect; const char* madeUp; } rows[] = {
+        {"an existing variable", {"-VARIABLE_EDITION=pro"}, {{"EDITION", "pro"}}, nullptr},
+        {"without a value", {"-VARIABLE_FAST"}, {{"FAST", "1"}}, "FAST"},
+        {"an empty value", {"-VARIABLE_EDITION="}, {{"EDITION", ""}}, nullptr},
+        {"the prefix in any case, the name as given", {"-variable_Mixed=v"}, {{"Mixed", "v"}}, "Mixed"},
+        {"the first of one name counts", {"-VARIABLE_EDITION=1st", "-VARIABLE_EDITION=2nd"}, {{"EDITION", "1st"}}, nullptr},
+        {"a predefined variable can't be set", {"-VARIABLE_GUI_INSTALL=1"}, {{"GUI_INSTALL", "0"}}, nullptr},
+        {"a bare prefix is no variable", {"-VARIABLE_=1", "-quiet"}, {{"EDITION", "basic"}}, nullptr},
     };
-    const Row rows[] = {
-        {"an existing variable", {"-VARIABLE_EDITION=pro"}, {{"EDITION", "pro"}}, {}, {}},
-        {"without a value", {"-VARIABLE_FAST"}, {{"FAST", "1"}}, {"FAST"}, {}},
-        {"an empty value", {"-VARIABLE_EDITION="}, {{"EDITION", ""}}, {}, {}},
-        {"the prefix in any case, the name as given", {"-variable_Mixed=v"}, {{"Mixed", "v"}}, {"Mixed"}, {}},
-        {"the first of one name counts", {"-VARIABLE_EDITION=first", "-VARIABLE_EDITION=second"},
-         {{"EDITION", "first"}}, {}, {}},
-        {"a predefined variable can't be set", {"-VARIABLE_GUI_INSTALL=1"}, {{"GUI_INSTALL", "0"}}, {},
-         {"GUI_INSTALL"}},
-        {"a bare prefix is no variable", {"-VARIABLE_=1", "-VARIABLES"}, {}, {}, {"", "S"}},
-        {"other options are left alone", {"-configFile=x.xml", "-quiet"}, {{"EDITION", "basic"}}, {},
-         {"configFile", "quiet"}},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         std::vector<const char*> argv = {"installer"};
         argv.insert(argv.end(), row.args.begin(), row.args.end());
@@ -50,15 +41,9 @@ TEST(CommandLine, VariableOptionsSetVariables)
         ASSERT_EQ(quilbtest::loadWizard(engine, ui, productXml()), 0);
         for (const auto& e : row.expect)
             EXPECT_EQ(engine.var(e.first), e.second) << e.first;
-        for (const char* name : row.excluded) {
-            EXPECT_TRUE(engine.isVarExcluded(name, Installer::EXCLUDE_FROM_LOG)) << name;
-            EXPECT_TRUE(engine.isVarExcluded(name, Installer::EXCLUDE_FROM_CONFIG)) << name;
-        }
-        for (const char* name : row.notRecorded) {
-            for (const VariableRecord& record : engine.variables)
-                EXPECT_STRNE(record.name, name);
-        }
-        EXPECT_FALSE(engine.isVarExcluded("EDITION", Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG));
+        EXPECT_TRUE(!row.madeUp || engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_LOG));
+        EXPECT_TRUE(!row.madeUp || engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_CONFIG));
+        EXPECT_EQ(engine.variables.count, 10 + (row.madeUp ? 1 : 0));  // no record for the rest
     }
 }
 
@@ -66,23 +51,23 @@ TEST(CommandLine, CommandLineOverConfigurationFileOverTemplate)
 {
     quilbtest::TempDir dir;
     const std::string config = dir.file("config.xml");
-    ASSERT_TRUE(quilbtest::writeFile(config, "<DefValues>\n"
-                                             " <Value Name=\"EDITION\" DataType=\"value\">config</Value>\n"
-                                             " <Value Name=\"PORT\" DataType=\"value\">9090</Value>\n"
-                                             " <Value Name=\"EXTRA\" DataType=\"value\">$STDROOT/extra</Value>\n"
-                                             "</DefValues>\n"));
+    ASSERT_TRUE(quilbtest::writeFile(config, "<DefValues><Value Name=\"EDITION\" DataType=\"value\">config</Value>"
+                                             "<Value Name=\"PORT\" DataType=\"value\">9090</Value></DefValues>"));
     const char* argv[] = {"installer", "-VARIABLE_EDITION=cmd"};
     CLParser parser(2, argv);
-
     TestEngine engine;
     ScriptedUI ui;
     engine.configFile = config;
     engine.InitCmdLineParser(&parser);
+    engine.InitDebugMode(&engine.log, 2);
     ASSERT_EQ(quilbtest::loadWizard(engine, ui, productXml()), 0);
     EXPECT_EQ(engine.var("EDITION"), "cmd");
     EXPECT_EQ(engine.var("PORT"), "9090");
-    EXPECT_EQ(engine.var("EXTRA"), "/opt/defaults/extra");
     EXPECT_EQ(engine.var("SECRET"), "s3cret");
+    // From debug level 2 on, the variables are listed, with a default that differs.
+    EXPECT_TRUE(engine.logged("Installation variables used (10):")) << engine.log.text();
+    EXPECT_TRUE(engine.logged("  [EDITION] = \"cmd\" (config)"));
+    EXPECT_TRUE(engine.logged("  [SECRET] = \"s3cret\""));
 }
 
 TEST(CommandLine, AConfigurationFileThatCantBeUsedStopsTheInstall)
@@ -90,44 +75,68 @@ TEST(CommandLine, AConfigurationFileThatCantBeUsedStopsTheInstall)
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("wrong.xml"), "<Settings><Value Name=\"A\">x</Value></Settings>"));
     ASSERT_TRUE(quilbtest::writeFile(dir.file("text.xml"), "EDITION=pro\n"));
-    struct Row {
-        const char* name;
-        std::string path;
-        const char* message;  // the front end's message box, or "" for none
-    };
     const std::string missing = dir.file("missing.xml");
     const std::string box = "MessageBox(Error loading configuration file \"" + missing +
                             "\" (2). Installation can not continue.,1)";
-    const Row rows[] = {
-        {"a file that can't be read", missing, box.c_str()},
-        {"a document without DefValues", dir.file("wrong.xml"), ""},
-        {"not a document at all", dir.file("text.xml"), ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    const struct { std::string path; std::string message; } rows[] = {{missing, box}, {dir.file("wrong.xml"), ""}, {dir.file("text.xml"), ""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path);
+        const char* argv[] = {"installer", "-VARIABLE_PORT=1"};
+        CLParser parser(2, argv);
         TestEngine engine;
         ScriptedUI ui;
         PMemoryConsole log;
         log.flags = 0;
         engine.configFile = row.path;
+        engine.InitCmdLineParser(&parser);
         quilbtest::putTemplateInCabinet(engine, productXml());
         EXPECT_EQ(engine.RunInstallerUI(&ui, &log), -1);
         EXPECT_EQ(ui.only({"MessageBox", "StartUI"}), row.message);
-        EXPECT_NE(log.text().find("Initializing default values\r\n"
-                                  "ERROR: Parsing XML Default values (This may indicate wrong configuration file "
-                                  "format)\r\n"),
-                  std::string::npos)
-            << log.text();
+        EXPECT_NE(log.text().find("Initializing default values\r\nERROR: Parsing XML Default values (This may "
+                                  "indicate wrong configuration file format)\r\n"),
+                  std::string::npos);
+        EXPECT_EQ(engine.var("PORT"), "1");  // the command line still counts
     }
+}
 
-    // The command line is still applied after such a failure.
-    const char* argv[] = {"installer", "-VARIABLE_PORT=1"};
-    CLParser parser(2, argv);
+TEST(ConfigFile, WritesWhatMayBeKeptAndReadsBack)
+{
+    quilbtest::TempDir dir;
+    const char* argv[] = {"installer", "-VARIABLE_MADE_UP=x", "-VARIABLE_PORT=9000"};
+    CLParser parser(3, argv);
     TestEngine engine;
     ScriptedUI ui;
-    engine.configFile = missing;
     engine.InitCmdLineParser(&parser);
-    quilbtest::putTemplateInCabinet(engine, productXml());
-    engine.RunInstallerUI(&ui, nullptr);
-    EXPECT_EQ(engine.var("PORT"), "1");
+    ASSERT_EQ(quilbtest::loadWizard(engine, ui, productXml()), 0);
+    engine.SetVar("EDITION", "a <b> & 'c'");
+    engine.SetVar("NEITHER", "");
+    engine.SetVar("PREVIOUS_INSTALLATION", "1");
+
+    // Left out: control variables, the field's validation variable, what the template
+    // excludes from the configuration, what the command line made up.
+    const std::string path = dir.file("config.xml");
+    EXPECT_EQ(engine.CreateConfigFile(path.c_str()), 0);
+    EXPECT_EQ(quilbtest::readFile(path), "<DefValues>\n"
+                                         " <Value Name=\"EDITION\" DataType=\"value\">a &lt;b&gt; &amp; &apos;c&apos;</Value>\n"
+                                         " <Value Name=\"PORT\" DataType=\"value\">9000</Value>\n"
+                                         " <Value Name=\"LOG_ONLY\" DataType=\"value\">l</Value>\n"
+                                         " <Value Name=\"NEITHER\" DataType=\"value\"></Value>\n"
+                                         " <Value Name=\"STDROOT\" DataType=\"value\">/opt/defaults</Value>\n"
+                                         "</DefValues>\n");
+    EXPECT_TRUE(engine.isVarExcluded("LOG_ONLY", Installer::EXCLUDE_FROM_LOG));
+    EXPECT_TRUE(engine.isVarExcluded("PROGRESS_DETAILS", Installer::EXCLUDE_FROM_LOG));
+    EXPECT_FALSE(engine.isVarExcluded("PREVIOUS_INSTALLATION", Installer::EXCLUDE_FROM_LOG));
+    EXPECT_FALSE(engine.isVarExcluded("secret", Installer::EXCLUDE_FROM_CONFIG));
+    EXPECT_EQ(engine.var("STDROOT_OK"), "1");  // a validation variable starts as valid
+
+    // An unattended repeat with that file gets the same values.
+    TestEngine repeat;
+    repeat.configFile = path;
+    ASSERT_EQ(quilbtest::loadWizard(repeat, ui, productXml()), 0);
+    EXPECT_EQ(repeat.var("EDITION"), "a <b> & 'c'");
+    EXPECT_EQ(repeat.var("PORT"), "9000");
+    EXPECT_EQ(repeat.var("NEITHER"), "");
+
+    EXPECT_EQ(engine.CreateConfigFile(nullptr), -1);
+    EXPECT_EQ(engine.CreateConfigFile(dir.file("no/such/dir/config.xml").c_str()), -1);
 }
