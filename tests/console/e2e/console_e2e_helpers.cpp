@@ -34,11 +34,16 @@ std::string commandOf(const std::string& program, const std::vector<std::string>
 
 // The shell line that runs the program in `workDir` with its input and environment.
 std::string runLine(const std::string& program, const std::vector<std::string>& args, const std::string& workDir,
-                    const std::string& input)
+                    const std::string& input, const std::vector<std::string>& env = {})
 {
     std::string line = "cd " + shellQuote(workDir) + " && unset QUILB_INSTALLER_DEBUG && ";
     line += input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ";
-    line += "QUILB_INSTALLER_DIR=" + shellQuote(workDir + "/") + " " + commandOf(program, args);
+    line += "QUILB_INSTALLER_DIR=" + shellQuote(workDir + "/") + " ";
+    for (const std::string& setting : env) {
+        size_t equals = setting.find('=');
+        line += setting.substr(0, equals) + "=" + shellQuote(setting.substr(equals + 1)) + " ";
+    }
+    line += commandOf(program, args);
     if (input.empty())
         line += " </dev/null";
     return line;
@@ -121,9 +126,9 @@ std::string uninstallerConsole()
 }
 
 CommandResult runSandboxed(const std::string& program, const std::vector<std::string>& args,
-                           const std::string& workDir, const std::string& input)
+                           const std::string& workDir, const std::string& input, const std::vector<std::string>& env)
 {
-    return runInSandbox(runLine(program, args, workDir, input), {workDir});
+    return runInSandbox(runLine(program, args, workDir, input, env), {workDir});
 }
 
 CommandResult runPlain(const std::string& program, const std::vector<std::string>& args, const std::string& workDir,

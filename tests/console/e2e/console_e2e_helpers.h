@@ -28,9 +28,11 @@ std::string uninstallerConsole();
 
 // Runs `program` with `args` in `workDir`, inside the sandbox with `workDir` shared, reading
 // `input` as its standard input (a pipe; empty input reads as end of file). The variable
-// QUILB_INSTALLER_DIR is set to `workDir` so that nothing lands beside the built programs.
+// QUILB_INSTALLER_DIR is set to `workDir` so that nothing lands beside the built programs;
+// `env` adds "NAME=value" settings.
 CommandResult runSandboxed(const std::string& program, const std::vector<std::string>& args,
-                           const std::string& workDir, const std::string& input = "");
+                           const std::string& workDir, const std::string& input = "",
+                           const std::vector<std::string>& env = {});
 
 // The same run outside the sandbox, for runs that end before the engine starts.
 CommandResult runPlain(const std::string& program, const std::vector<std::string>& args,
