@@ -40,9 +40,26 @@ top=/mnt
 mount -t tmpfs quilb-sandbox "$top"
 mkdir -p "$top/upper" "$top/work" "$top/root"
 mount -t overlay overlay -o "lowerdir=/,upperdir=$top/upper,workdir=$top/work" "$top/root"
-for fs in /proc /dev /sys; do
+for fs in /proc /sys; do
   [ -d "$fs" ] && mount --rbind "$fs" "$top/root$fs"
 done
+# A private /dev: the usual device nodes are bound in one by one, so that a file written
+# below /dev (a mistyped "/dev/nul", say) stays in the sandbox.
+mount -t tmpfs -o mode=755 quilb-dev "$top/root/dev"
+for node in null zero full random urandom tty; do
+  if [ -e "/dev/$node" ]; then
+    touch "$top/root/dev/$node"
+    mount --bind "/dev/$node" "$top/root/dev/$node"
+  fi
+done
+mkdir -p "$top/root/dev/pts" "$top/root/dev/shm"
+mount -t devpts -o newinstance,ptmxmode=0666 devpts "$top/root/dev/pts" 2>/dev/null \
+  && ln -s pts/ptmx "$top/root/dev/ptmx" || mount --rbind /dev/pts "$top/root/dev/pts" 2>/dev/null || true
+mount -t tmpfs -o mode=1777 quilb-shm "$top/root/dev/shm"
+ln -s /proc/self/fd "$top/root/dev/fd"
+ln -s /proc/self/fd/0 "$top/root/dev/stdin"
+ln -s /proc/self/fd/1 "$top/root/dev/stdout"
+ln -s /proc/self/fd/2 "$top/root/dev/stderr"
 for dir in "${QUILB_SANDBOX_BINDS[@]}"; do
   [ -n "$dir" ] && mount --bind "$dir" "$top/root$dir"
 done

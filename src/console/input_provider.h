@@ -33,7 +33,7 @@ public:
 // A person at the terminal.
 class User : public InputProvider {
 public:
-    User() : quiet(false), interrupted(0) {}
+    User() : interrupted(0) {}
     bool init() override { return true; }
     bool get_line(const char* text, char* buffer, int size, const char* current, const char* def,
                   bool echo) const override;
@@ -54,7 +54,6 @@ private:
     // Reads a line without echo, as for a password.
     bool readHidden(char* buffer, int size) const;
 
-    bool quiet;
     mutable std::atomic<int> interrupted;
 };
 

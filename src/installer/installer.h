@@ -67,8 +67,8 @@ public:
     long cabinetDataSize = 0;
     TeskUtils::Table<CabinetFile, 100> cabinetFiles;
     int cabinetIsSolid = 0;
-    // Init copies its path into installerPath (declared with the dialog model, which
-    // shares it as the installer's stored path).
+    // The path given to Init (the package), cut at 519 characters.
+    char installerPath[520] = {};
     unsigned int initFlags = 2;
     // The installation log in uninstall mode; null otherwise.
     FILE* logStream = nullptr;
@@ -355,7 +355,7 @@ public:
     int GetFieldCount(int dlg, int sub) override;
 
     // The installer's directory, where the configuration file goes; empty until set.
-    char installerPath[520] = {};
+    char installerDirectory[520] = {};
     void SetInstallerPath(const char* path) override;
     int GetInstallerPath(char* buffer, int size) override;
 

@@ -10,11 +10,14 @@ TEST(Sandbox, WritesToSystemPathsStayInsideAndBindsAreShared)
     QUILB_REQUIRE_SANDBOX();
     quilbtest::TempDir dir;
     std::string marker = "/etc/profile.d/quilb-sandbox-selftest.sh";
-    quilbtest::CommandResult run = quilbtest::runInSandbox(
-        "echo inside > " + marker + " && cat " + marker + " && echo shared > " + dir.file("out"), { dir.path() });
+    std::string device = "/dev/quilb-sandbox-selftest";
+    quilbtest::CommandResult run = quilbtest::runInSandbox("echo inside > " + marker + " && cat " + marker
+            + " && echo device > " + device + " && echo shared > " + dir.file("out") + " && echo quiet > /dev/null",
+        { dir.path() });
     EXPECT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(run.output, "inside\n");
     EXPECT_FALSE(quilbtest::fileExists(marker));
+    EXPECT_FALSE(quilbtest::fileExists(device));
     EXPECT_EQ(quilbtest::readFile(dir.file("out")), "shared\n");
 }
 

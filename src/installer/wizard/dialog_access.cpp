@@ -97,15 +97,15 @@ TASKINFO* Installer::GetTaskInfo(int dlg, int index)
 
 void Installer::SetInstallerPath(const char* path)
 {
-    TeskUtils::copyBounded(installerPath, path, sizeof(installerPath));
+    TeskUtils::copyBounded(installerDirectory, path, sizeof(installerDirectory));
 }
 
 int Installer::GetInstallerPath(char* buffer, int size)
 {
     if (!buffer || size < 1)
         return -1;
-    if (installerPath[0]) {
-        TeskUtils::copyBounded(buffer, installerPath, static_cast<size_t>(size));
+    if (installerDirectory[0]) {
+        TeskUtils::copyBounded(buffer, installerDirectory, static_cast<size_t>(size));
         return 0;
     }
     if (getProcessPath(buffer, size))
