@@ -71,6 +71,8 @@ Products buildProducts(const std::string& dir)
         prompts.push_back(std::string(document) + "=" + data + "/" + document);
     }
     pack(prompts, made.failure);
+    made.heldPackage = dir + "/held.ibin";
+    pack({"package", "-t", data + "/held.xml", "-b", data, "-o", made.heldPackage}, made.failure);
     pack({"package", "-t", notes + "/install.xml", "-b", notes, "--add", "license.md=" + notes + "/license.md",
           "-o", made.notesPackage},
          made.failure);

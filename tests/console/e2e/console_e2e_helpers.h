@@ -16,6 +16,7 @@ namespace quilbtest {
 struct Products {
     std::string promptsPackage;   // tests/data/console/prompts.xml with its licence
     std::string notesPackage;     // examples/quilb-notes
+    std::string heldPackage;      // tests/data/console/held.xml
     std::string promptsInstaller; // launcher + prompts package; empty without a launcher
     std::string notesInstaller;   // launcher + sample package; empty without a launcher
     std::string failure;          // what went wrong, when something couldn't be built
