@@ -231,7 +231,7 @@ public:
     // Empties and frees the three tables.
     void freeFilesInfo();
     // The LOG_DEST_* mask of a Log attribute: 1 for null or empty, 0 once "None" is met.
-    static int getLogDestination(const char* spec);
+    static int getLogDestination(const char* logList);
     int GetAliasDestination(const char* alias, char* out, int size) const override;
 
     // ---- Default values, command line, configuration file (model/default_values.cpp) ------

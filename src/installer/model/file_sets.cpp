@@ -38,12 +38,12 @@ void deriveAlias(const char* text, char* alias, size_t size)
 
 } // namespace
 
-int Installer::getLogDestination(const char* spec)
+int Installer::getLogDestination(const char* logList)
 {
-    if (!spec || !*spec)
+    if (!logList || !*logList)
         return LOG_DEST_UNINSTALL;
     TeskUtils::Table<TeskUtils::CharString, 100> tokens;
-    TeskUtils::tokenize(spec, ';', tokens, 0);
+    TeskUtils::tokenize(logList, ';', tokens, 0);
     int mask = 0;
     for (const TeskUtils::CharString& token : tokens) {
         if (token.equalsNoCase("None"))

@@ -13,7 +13,7 @@ namespace {
 TEST(FileSets, LogDestination)
 {
     struct Case {
-        const char* spec;
+        const char* logList;
         int mask;
     } cases[] = {
         {nullptr, 1},          {"", 1},          {"Uninstall", 1},        {"uninstall", 1},
@@ -21,8 +21,8 @@ TEST(FileSets, LogDestination)
         {"Bogus", 0},          {"Bogus;CLEANUP", 2}, {";;Cleanup;", 2},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.spec ? c.spec : "(null)");
-        EXPECT_EQ(c.mask, Installer::getLogDestination(c.spec));
+        SCOPED_TRACE(c.logList ? c.logList : "(null)");
+        EXPECT_EQ(c.mask, Installer::getLogDestination(c.logList));
     }
 }
 
