@@ -2,6 +2,7 @@
 
 #include "foundation/streams/pconsole.h"
 #include "package/integrity_trailer.h"
+#include "package/large_block.h"
 
 #include <zlib.h>
 
@@ -180,6 +181,8 @@ int StripedSolidDecompressor::stripedDecompressData(MemFile& in, unsigned char*&
             console->Dump("ERROR: Decompressor: Failed to allocate memory for the uncompressed cabinet (%s)", e.what());
         return -26;
     }
+
+    adviseHugePages(output.get(), static_cast<uint64_t>(outSize));
 
     // One scratch block for every chunk. No chunk that can be read is larger than the
     // input, so a bigger size in the table needs no bigger block.

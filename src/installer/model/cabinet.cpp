@@ -5,6 +5,7 @@
 #include "foundation/streams/pconsole.h"
 #include "foundation/streams/pfile_stream.h"
 #include "foundation/strings/bounded_copy.h"
+#include "package/large_block.h"
 #include "package/solid_decompressor.h"
 
 #include <zlib.h>
@@ -98,6 +99,7 @@ int Installer::Init(const char* path, int offset, unsigned int flags)
             debugConsole->Dump("ERROR: Failed to allocate memory for the compressed cabinet (%s)", e.what());
         return -10;
     }
+    adviseHugePages(compressed.get(), static_cast<uint64_t>(size));
 
     if (debugConsole)
         debugConsole->Dump("Seeking file offset %d", offset);
