@@ -2,10 +2,9 @@
 //
 // The packing tool finds the text "_BINARYIMAGEOFFSET_" in the image and overwrites its
 // first four bytes with the file offset of the package, as a little-endian 32-bit number;
-// while they still read "_BIN", no package was ever attached. The tool patches the first
-// copy of the text it meets, and other objects of the program may carry the same text as a
-// constant. So the word is read-only data in an object of its own that includes nothing and
-// stands first on the link line: its copy comes before every other one in the image.
+// while they still read "_BIN", no package was ever attached. The word is initialised
+// data, written by no code of the program, and this is the image's only copy of the text:
+// the tool refuses an image that holds it twice.
 
-extern const char exportedoffset[20];
-const char exportedoffset[20] = "_BINARYIMAGEOFFSET_";
+extern char exportedoffset[20];
+char exportedoffset[20] = "_BINARYIMAGEOFFSET_";

@@ -17,7 +17,7 @@
 #endif
 
 // The package offset word, patched by the packing tool (image_offset.cpp).
-extern const char exportedoffset[20];
+extern char exportedoffset[20];
 
 namespace Launcher {
 

@@ -40,11 +40,6 @@ constexpr int kCabinetAliasSize = 276;
 // Longest alias that the engine's file tables can hold.
 constexpr int kCabinetMaxAliasLength = 258;
 
-// The text in the launcher's data whose first four bytes the packing tool replaces
-// with the length of the launcher image (the file offset of the cabinet).
-constexpr char kImageOffsetMarker[] = "_BINARYIMAGEOFFSET_";
-constexpr int kImageOffsetMarkerSize = 20; // with its NUL
-
 #pragma pack(push, 1)
 // One file record in memory: where its header stands in the record stream, then the
 // 616-byte header copied whole.

@@ -240,6 +240,8 @@ TEST(QuilbPack, Failures)
     ASSERT_EQ(truncate(dir.file("huge").c_str(), int64_t(1) << 31), 0); // sparse: no disk used
     ASSERT_TRUE(writeFile(dir.file("no-marker"), bytes(9000, 1)));
     ASSERT_TRUE(writeFile(dir.file("tiny-launcher"), std::string("_BINARYIMAGEOFFSET_", 20)));
+    ASSERT_TRUE(writeFile(dir.file("two-markers"),
+                          std::string("_BINARYIMAGEOFFSET_", 20) + bytes(6000, 1) + std::string("_BINARYIMAGEOFFSET_", 20)));
     ASSERT_TRUE(writeFile(dir.file("old.out"), "previous content"));
 
     const std::string out = " -o " + shellQuote(dir.file("old.out"));
@@ -261,6 +263,9 @@ TEST(QuilbPack, Failures)
         {"launcher without offset word",
          "installer -t " + shellQuote(dir.file("ok.xml")) + " --launcher " + shellQuote(dir.file("no-marker")) + out, 1,
          "holds no offset word"},
+        {"launcher with two offset words",
+         "installer -t " + shellQuote(dir.file("ok.xml")) + " --launcher " + shellQuote(dir.file("two-markers")) + out, 1,
+         "more than once"},
         {"installer too short for its checksum",
          "installer -t " + shellQuote(dir.file("ok.xml")) + " --launcher " + shellQuote(dir.file("tiny-launcher"))
              + " --frontend-dir " + shellQuote(dir.file("no-front-ends")) + out,

@@ -197,6 +197,16 @@ PackError buildPackage(const std::vector<PackItem>& items, const PackOptions& op
     return {};
 }
 
+namespace {
+
+// The text in the launcher's data whose first four bytes are replaced by the length of the
+// launcher image (the file offset of the cabinet). It lives here and in the launcher only,
+// so that the image holds exactly one copy.
+const char kImageOffsetMarker[] = "_BINARYIMAGEOFFSET_";
+const size_t kImageOffsetMarkerSize = 20; // with its NUL
+
+} // namespace
+
 PackError buildInstaller(const std::string& launcherImage, const std::string& package, std::string& installer)
 {
     const std::string marker(kImageOffsetMarker, kImageOffsetMarkerSize);
@@ -204,6 +214,10 @@ PackError buildInstaller(const std::string& launcherImage, const std::string& pa
     if (at == std::string::npos)
         return {"the launcher image holds no offset word (\"" + std::string(kImageOffsetMarker)
                 + "\"); is it a launcher, and not one that already carries a package?"};
+    // With two copies there is no telling which one the launcher reads.
+    if (launcherImage.find(marker, at + 1) != std::string::npos)
+        return {"the launcher image holds the offset word (\"" + std::string(kImageOffsetMarker)
+                + "\") more than once; it can't be patched safely"};
     if (launcherImage.size() >= static_cast<uint64_t>(kMaxPackSize))
         return {tooLarge("the launcher image", static_cast<int64_t>(launcherImage.size()))};
     uint64_t total = launcherImage.size() + package.size() + kTrailerMarkerV2Length + 16;
