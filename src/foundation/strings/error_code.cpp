@@ -28,8 +28,10 @@ ErrorMsg* newMessage(const char* where, int code, ErrorMsg* next, const char* fo
     msg->next = next;
     msg->refCount = 1;
     msg->message[0] = '\0';
+    // The limit handed to vsnprintf is one byte short of the field, so a message keeps at
+    // most 510 characters.
     if (format)
-        vsnprintf(msg->message, sizeof msg->message, format, args);
+        vsnprintf(msg->message, sizeof msg->message - 1, format, args);
     return msg;
 }
 

@@ -29,7 +29,8 @@ class ErrorCode {
 public:
     // No error.
     ErrorCode() : head(nullptr) {}
-    // A new error of one record: message formatted into at most 511 characters, no cause.
+    // A new error of one record: message formatted with a limit of 511 bytes (at most 510
+    // characters), no cause.
     ErrorCode(const char* where, int code, const char* format, ...)
         __attribute__((format(printf, 4, 5)));
     ErrorCode(const ErrorCode& other);

@@ -65,12 +65,12 @@ TEST(ErrorCode, CopiesShareTheChainAndStayIndependent)
     EXPECT_EQ(fresh.getErrorString(), "[only] 50%");
 }
 
-TEST(ErrorCode, MessagesAreCutAt511Characters)
+TEST(ErrorCode, MessagesAreCutAt510Characters)
 {
     std::string longText(600, 'm');
     ErrorCode error("", 1, "%s", longText.c_str());
-    EXPECT_EQ(strlen(error.getMessage()), 511u);
-    EXPECT_EQ(error.getErrorString().length(), 511) << "an empty where shows no brackets";
+    EXPECT_EQ(strlen(error.getMessage()), 510u);
+    EXPECT_EQ(error.getErrorString().length(), 510) << "an empty where shows no brackets";
 }
 
 TEST(Exceptions, FormatAndCutToTheirBuffers)
