@@ -39,6 +39,24 @@ int openRetrying(const char* path, int flags)
     return fd;
 }
 
+// One read or write of `size` bytes, repeated only when a signal interrupted it. `done`
+// takes the count that went; the result is 0 or the errno of the failure.
+template <class Call>
+int transfer(Call call, int size, int& done)
+{
+    done = 0;
+    if (size < 0)
+        return EINVAL;
+    ssize_t count;
+    do
+        count = call();
+    while (count < 0 && errno == EINTR);
+    if (count < 0)
+        return errno;
+    done = static_cast<int>(count);
+    return 0;
+}
+
 } // namespace
 
 PFileStream::PFileStream()
@@ -96,32 +114,12 @@ int PFileStream::Close()
 
 int PFileStream::Write(const void* data, int size, int& written)
 {
-    written = 0;
-    if (size < 0)
-        return EINVAL;
-    ssize_t count;
-    do
-        count = ::write(fd, data, static_cast<size_t>(size));
-    while (count < 0 && errno == EINTR);
-    if (count < 0)
-        return errno;
-    written = static_cast<int>(count);
-    return 0;
+    return transfer([&] { return ::write(fd, data, static_cast<size_t>(size)); }, size, written);
 }
 
 int PFileStream::Read(void* data, int size, int& read)
 {
-    read = 0;
-    if (size < 0)
-        return EINVAL;
-    ssize_t count;
-    do
-        count = ::read(fd, data, static_cast<size_t>(size));
-    while (count < 0 && errno == EINTR);
-    if (count < 0)
-        return errno;
-    read = static_cast<int>(count);
-    return 0;
+    return transfer([&] { return ::read(fd, data, static_cast<size_t>(size)); }, size, read);
 }
 
 int PFileStream::Seek(long position)

@@ -3,16 +3,25 @@
 #include <cstdarg>
 #include <cstdio>
 
+namespace {
+
+// Formats into `text`, cut at `size`; a null format leaves the text empty.
+void formatText(char* text, size_t size, const char* format, va_list args)
+{
+    text[0] = '\0';
+    if (format)
+        vsnprintf(text, size, format, args);
+}
+
+} // namespace
+
 namespace TeskUtils {
 
 ExceptionMsg::ExceptionMsg(const char* format, ...)
 {
-    text[0] = '\0';
-    if (!format)
-        return;
     va_list args;
     va_start(args, format);
-    vsnprintf(text, sizeof text, format, args);
+    formatText(text, sizeof text, format, args);
     va_end(args);
 }
 
@@ -20,21 +29,16 @@ ExceptionMsg::ExceptionMsg(const char* format, ...)
 
 GenericError::GenericError(const char* format, ...)
 {
-    text[0] = '\0';
-    if (!format)
-        return;
     va_list args;
     va_start(args, format);
-    vsnprintf(text, sizeof text, format, args);
+    formatText(text, sizeof text, format, args);
     va_end(args);
 }
 
 InstallerError::InstallerError(const char* format, ...)
 {
-    if (!format)
-        return;
     va_list args;
     va_start(args, format);
-    vsnprintf(text, sizeof text, format, args);
+    formatText(text, sizeof text, format, args);
     va_end(args);
 }
