@@ -14,6 +14,7 @@
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/find_data.h"
 #include "foundation/strings/tokenize.h"
+#include "installer/wizard/installer_ui.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ bool isSlash(char c)
     return c == '/' || c == '\\';
 }
 
-InstallerFileUtils::DirDeleteReport dirDeleteReport = nullptr;
+InstallerFileUtils::CollectorAdd collectorAdd = nullptr;
 
 // True when the directory holds nothing but "." and "..". Only the first three entries are
 // read: a third one means the directory is not empty either way.
@@ -41,6 +42,25 @@ bool isEmptyDirectory(DIR* dir)
             empty = false;
     }
     return empty && seen < 3;
+}
+
+// True for a failure of rmdir that stays the same however often it is tried.
+bool isLastingRefusal(int error)
+{
+    switch (error) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EBUSY:
+    case EINVAL:
+    case ENOTDIR:
+    case ENOENT:
+    case ENAMETOOLONG:
+    case ELOOP:
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool isSymbolicLink(const char* path)
@@ -126,10 +146,15 @@ int DeleteEmptyDirectoriesChain(const char* path)
         char* lastSlash = strrchr(current, '/');
         if (!lastSlash)
             break;
-        // An empty directory that refuses removal is tried again: callers pass only
-        // directories they may remove.
-        if (::rmdir(current) != 0)
+        // A failed removal is tried again while a retry can still succeed. Refusals that no
+        // retry cures (no write permission on the parent, a read-only file system, a mount
+        // point) end the chain instead, since the climb reaches parents that no caller
+        // vouched for, such as an empty /tmp owned by root.
+        if (::rmdir(current) != 0) {
+            if (isLastingRefusal(errno))
+                break;
             continue;
+        }
         *lastSlash = '\0';
         ++removed;
     }
@@ -151,9 +176,9 @@ int DeleteEmptyDirs(const char* path)
     return DeleteEmptyDirectoriesChain(copy);
 }
 
-void setDirDeleteReport(DirDeleteReport report)
+void setCollectorAdd(CollectorAdd add)
 {
-    dirDeleteReport = report;
+    collectorAdd = add;
 }
 
 int DirInfo::Delete(const char* path, PConsole* console, InstallerUI* ui, LogCollector* collector)
@@ -168,13 +193,13 @@ int DirInfo::Delete(const char* path, PConsole* console, InstallerUI* ui, LogCol
         console->Dump("Dir: %s (%s)", path, result ? "failed" : "ok");
 
     if (ui) {
+        ui->StartDecompress();
         char message[kPathSize];
         TeskUtils::copyBounded(message, result ? "FAILED to remove " : "Remove ", sizeof message);
         TeskUtils::appendBounded(message, path, sizeof message);
-        // The engine's handler calls StartDecompress, adds the message to the collector
-        // when the directory is still there, and shows it with EndDecompress(message, false).
-        if (dirDeleteReport)
-            dirDeleteReport(ui, collector, message, result);
+        if (collector && result == 1 && collectorAdd)
+            collectorAdd(collector, message);
+        ui->EndDecompress(message, false);
     }
     return result;
 }

@@ -1,9 +1,14 @@
+#include <cerrno>
 #include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "foundation/misc/installer_file_utils.h"
+#include "installer/wizard/installer_ui.h"
 #include "misc_test_helpers.h"
 #include "support/paths.h"
 
@@ -19,10 +24,10 @@ TEST(RecursiveCreateDir, MakesOnlyLevelsEndingInASlashAndCountsThem)
 {
     struct Case {
         const char* name;
-        const char* relative;  // below the temporary directory
+        const char* relative; // below the temporary directory
         int result, created;
-        const char* made;      // must exist afterwards, or null
-        const char* notMade;   // must not exist afterwards, or null
+        const char* made;    // must exist afterwards, or null
+        const char* notMade; // must not exist afterwards, or null
     };
     const Case cases[] = {
         {"file name is never made", "/x", 0, 0, nullptr, "/x"},
@@ -56,40 +61,70 @@ TEST(DeleteEmptyDirs, RemovesEmptyDirectoriesUpToTheFirstThatIsNotEmpty)
     EXPECT_EQ(InstallerFileUtils::DeleteEmptyDirs((dir.path() + "\\a\\b\\c/d//").c_str()), 3);
     EXPECT_FALSE(fileExists(dir.file("a/b")));
     EXPECT_TRUE(fileExists(dir.file("a/file")));
-    ASSERT_EQ(unlink(dir.file("a/file").c_str()), 0);
-    EXPECT_EQ(InstallerFileUtils::DeleteEmptyDirs(dir.file("a").c_str()), 1);
-    EXPECT_TRUE(fileExists(dir.path()));
 }
 
-// What DirInfo::Delete reported to a front end: message and failure flag.
-std::vector<std::pair<std::string, int>> reports;
-
-void recordReport(InstallerUI*, LogCollector*, const char* message, int failed)
+TEST(DeleteEmptyDirs, AnEmptyParentThatRefusesRemovalEndsTheChain)
 {
-    reports.emplace_back(message, failed);
+    // "locked/empty" can't be removed by an ordinary user: the chain must come back with 0
+    // instead of trying it for ever. The child drops root first, where the tests run as root.
+    TempDir dir;
+    ASSERT_EQ(RecursiveCreateDirFromFileName(dir.file("locked/empty/").c_str()), 0);
+    ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(dir.file("locked").c_str(), 0555), 0);
+    pid_t child = fork();
+    if (child == 0) {
+        alarm(10);
+        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(100);
+        _exit(InstallerFileUtils::DeleteEmptyDirs(dir.file("locked/empty").c_str()));
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    chmod(dir.file("locked").c_str(), 0755);
+    ASSERT_TRUE(WIFEXITED(status)) << "the removal did not return (signal " << WTERMSIG(status) << ")";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(fileExists(dir.file("locked/empty")));
 }
 
-// Stand-in for the engine's front end: DirInfo only passes the pointer on.
-InstallerUI* fakeUI()
+// A front end that records what DirInfo::Delete shows on it.
+struct RecordingUI : InstallerUI {
+    int StartUI() override { return 0; }
+    void StartDecompress() override { ++started; }
+    int EndDecompress(const char* text, bool close) override
+    {
+        shown.push_back(std::string(text) + (close ? " +close" : ""));
+        return 0;
+    }
+    int started = 0;
+    std::vector<std::string> shown;
+};
+
+std::vector<std::string> collected;
+
+void collect(LogCollector* collector, const char* message)
 {
-    static char ui;
-    return reinterpret_cast<InstallerUI*>(&ui);
+    EXPECT_NE(collector, nullptr);
+    collected.push_back(message);
 }
 
 class DirInfoDelete : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        reports.clear();
-        InstallerFileUtils::setDirDeleteReport(recordReport);
+        collected.clear();
+        InstallerFileUtils::setCollectorAdd(collect);
         ASSERT_TRUE(writeFile(dir.file("keep"), ""));
         ASSERT_EQ(mkdir(dir.file("base").c_str(), 0755), 0);
         ASSERT_TRUE(writeFile(dir.file("base/other"), ""));
     }
-    void TearDown() override { InstallerFileUtils::setDirDeleteReport(nullptr); }
+    void TearDown() override { InstallerFileUtils::setCollectorAdd(nullptr); }
+
+    // Stand-in for the engine's collector: DirInfo only passes the pointer on.
+    LogCollector* collector() { return reinterpret_cast<LogCollector*>(&dir); }
 
     TempDir dir;
     misctest::CaptureConsole console;
+    RecordingUI ui;
 };
 
 TEST_F(DirInfoDelete, RemovesExactlyTheLevelsItMadeAndKeepsTheTopmostTried)
@@ -100,36 +135,42 @@ TEST_F(DirInfoDelete, RemovesExactlyTheLevelsItMadeAndKeepsTheTopmostTried)
     info.path = leaf.c_str();
     DirInfo copy = info;
 
-    EXPECT_EQ(info.Delete(&console, nullptr, nullptr), 0);
+    EXPECT_EQ(info.Delete(&console, nullptr, collector()), 0);
     EXPECT_FALSE(fileExists(dir.file("base/x")));
     EXPECT_TRUE(fileExists(dir.file("base")));
     EXPECT_STREQ(info.path.c_str(), dir.file("base/x").c_str());
     EXPECT_STREQ(copy.path.c_str(), leaf.c_str()); // a shared string is not cut
     EXPECT_EQ(console.lines.find("Dir: " + dir.file("base/x/y/z") + " (ok)\r\n"), 0u) << console.lines;
-    EXPECT_TRUE(reports.empty()); // no front end, no report
 
     // Without a trailing slash the path itself is tried first, and one level more than counted.
     ASSERT_EQ(RecursiveCreateDirFromFileName(dir.file("base/p/q/").c_str()), 0);
     DirInfo bare(dir.file("base/p/q").c_str(), 1);
-    EXPECT_EQ(bare.Delete(nullptr, fakeUI(), nullptr), 0);
+    EXPECT_EQ(bare.Delete(nullptr, &ui, collector()), 0);
     EXPECT_FALSE(fileExists(dir.file("base/p")));
-    EXPECT_EQ(reports, (decltype(reports){{"Remove " + dir.file("base/p/q"), 0}, {"Remove " + dir.file("base/p"), 0}}));
+    EXPECT_EQ(ui.started, 2);
+    EXPECT_EQ(ui.shown, (std::vector<std::string>{"Remove " + dir.file("base/p/q"), "Remove " + dir.file("base/p")}));
+    EXPECT_TRUE(collected.empty());
 }
 
 TEST_F(DirInfoDelete, DirectoryHoldingAFileFailsAndIsReported)
 {
     ASSERT_EQ(mkdir(dir.file("base/g").c_str(), 0755), 0);
     ASSERT_TRUE(writeFile(dir.file("base/g/data"), "1"));
-    DirInfo info(dir.file("base/g/").c_str(), 1);
+    const std::string message = "FAILED to remove " + dir.file("base/g");
 
-    EXPECT_EQ(info.Delete(&console, fakeUI(), nullptr), 1);
+    DirInfo info(dir.file("base/g/").c_str(), 1);
+    EXPECT_EQ(info.Delete(&console, &ui, collector()), 1);
     EXPECT_TRUE(fileExists(dir.file("base/g/data")));
-    EXPECT_EQ(reports, (decltype(reports){{"FAILED to remove " + dir.file("base/g"), 1}}));
+    EXPECT_EQ(ui.shown, std::vector<std::string>{message});
+    EXPECT_EQ(collected, std::vector<std::string>{message});
     EXPECT_EQ(console.lines, "Dir: " + dir.file("base/g") + " (failed)\r\n");
 
-    DirInfo none;
-    EXPECT_EQ(none.Delete(&console, fakeUI(), nullptr), 0);
-    EXPECT_EQ(reports.size(), 1u);
+    // Without a collector the front end still shows it; an empty DirInfo does nothing.
+    DirInfo again(dir.file("base/g/").c_str(), 1), none;
+    EXPECT_EQ(again.Delete(nullptr, &ui, nullptr), 1);
+    EXPECT_EQ(none.Delete(&console, &ui, collector()), 0);
+    EXPECT_EQ(ui.shown.size(), 2u);
+    EXPECT_EQ(collected.size(), 1u);
 }
 
 TEST(RecursiveDeleteWildcard, RemovesMatchesInTheWholeTreeAndEmptiedDirectories)
@@ -146,6 +187,47 @@ TEST(RecursiveDeleteWildcard, RemovesMatchesInTheWholeTreeAndEmptiedDirectories)
         EXPECT_EQ(fileExists(dir.file("w/sub")), !removeDir) << "removeDir " << removeDir;
     }
     EXPECT_EQ(InstallerFileUtils::recursiveDeleteWildcard("/nonexistent/quilb", "*", true), -1);
+}
+
+TEST(ReadFileBuf, OnlyACompleteReadReplacesTheData)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeFile(dir.file("f"), std::string("a\0b", 3)));
+    ASSERT_TRUE(writeFile(dir.file("empty"), ""));
+    TeskUtils::PtrArray<unsigned char> data;
+    int size = -1;
+    ASSERT_EQ(InstallerFileUtils::ReadFileBuf(dir.file("f").c_str(), size, data), 0);
+    ASSERT_EQ(size, 3);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(data.data), 3), std::string("a\0b", 3));
+
+    const unsigned char* before = data.data;
+    for (const std::string& bad : {dir.file("missing"), dir.path()}) {
+        EXPECT_NE(InstallerFileUtils::ReadFileBuf(bad.c_str(), size, data), 0) << bad;
+        EXPECT_EQ(data.data, before) << bad;
+    }
+    EXPECT_EQ(InstallerFileUtils::ReadFileBuf(nullptr, size, data), -1);
+    EXPECT_EQ(InstallerFileUtils::ReadFileBuf(dir.file("empty").c_str(), size, data), 0);
+    EXPECT_EQ(size, 0);
+}
+
+TEST(GetTempFolder, TmpdirWithoutTrailingSlashesOrTmp)
+{
+    struct Case {
+        const char* tmpdir; // null: unset
+        int size;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {nullptr, 520, "/tmp"}, {"", 520, "/tmp"},     {"/var/t//", 520, "/var/t"},
+        {"/", 520, "/"},        {"/var/tmp", 5, "/var"}, {"/x", 0, "unchanged"},
+    };
+    for (const Case& c : cases) {
+        misctest::EnvGuard env("TMPDIR", c.tmpdir);
+        char buffer[520] = "unchanged";
+        EXPECT_EQ(InstallerFileUtils::getTempFolder(buffer, c.size), 0);
+        EXPECT_STREQ(buffer, c.expected) << (c.tmpdir ? c.tmpdir : "(unset)");
+    }
+    EXPECT_EQ(InstallerFileUtils::getTempFolder(nullptr, 520), 0);
 }
 
 } // namespace
