@@ -80,7 +80,7 @@ int Installer::ExpandString(const char* text, char* buffer, int size, bool stric
         const char* close = strchr(nameStart, ']');
         size_t length = close ? static_cast<size_t>(close - nameStart) : strlen(nameStart);
         char name[VARIABLE_NAME_SIZE];
-        TeskUtils::copyBounded(name, nameStart, length + 1 < sizeof(name) ? length + 1 : sizeof(name));
+        copyNamePart(name, nameStart, length);
         if (length > VARIABLE_NAME_SIZE && debugConsole)
             debugConsole->Dump("WARNING: Variable [%s] is too long in the expression \"%s\"", name, text);
         i += 1 + length + (close ? 1 : 0);
@@ -139,7 +139,7 @@ int Installer::expandVariables(const char* expression, char* buffer, int size)
             ++p;
         size_t length = static_cast<size_t>(p - nameStart);
         char name[VARIABLE_NAME_SIZE];
-        TeskUtils::copyBounded(name, nameStart, length + 1 < sizeof(name) ? length + 1 : sizeof(name));
+        copyNamePart(name, nameStart, length);
 
         char value[VARIABLE_NAME_SIZE];
         value[0] = '\0';

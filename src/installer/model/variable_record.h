@@ -5,7 +5,10 @@
 // scans it from the last record to the first and compares names without regard to case,
 // so that of two records differing only in case the later one answers. Values longer
 // than their field are cut silently at 519 characters, names at 1023.
+#include <cstddef>
 #include <cstdint>
+
+#include "foundation/strings/bounded_copy.h"
 
 // Sizes of the fields, terminator included.
 enum {
@@ -34,3 +37,11 @@ enum VariableResetType {
     VARRESET_RECALCULATE = 1,   // recompute from the expression, recalculate from now on
     VARRESET_DEFAULT = 2,       // copy the default into the value; flags stay
 };
+
+// Copies the first `length` characters of `text` (a name, or a part of one) into `out`, cut
+// to the buffer and terminated.
+template <size_t N>
+inline void copyNamePart(char (&out)[N], const char* text, size_t length)
+{
+    TeskUtils::copyBounded(out, text, length + 1 < N ? length + 1 : N);
+}

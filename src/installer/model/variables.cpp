@@ -29,8 +29,7 @@ int Installer::GetVar(const char* name, char* buffer, int size)
     char base[VARIABLE_NAME_SIZE];
     const char* colon = strchr(name, ':');
     const char* modifiers = colon ? colon + 1 : "";
-    size_t baseLength = colon ? static_cast<size_t>(colon - name) : strlen(name);
-    TeskUtils::copyBounded(base, name, baseLength + 1 < sizeof(base) ? baseLength + 1 : sizeof(base));
+    copyNamePart(base, name, colon ? static_cast<size_t>(colon - name) : strlen(name));
 
     int result;
     if (base[0] != '$') {
@@ -72,9 +71,7 @@ int Installer::GetVar(const char* name, char* buffer, int size)
     char startToken[VARIABLE_NAME_SIZE];
     char lengthToken[VARIABLE_NAME_SIZE];
     const char* split = strchr(modifiers, ':');
-    size_t startLength = split ? static_cast<size_t>(split - modifiers) : strlen(modifiers);
-    TeskUtils::copyBounded(startToken, modifiers,
-                           startLength + 1 < sizeof(startToken) ? startLength + 1 : sizeof(startToken));
+    copyNamePart(startToken, modifiers, split ? static_cast<size_t>(split - modifiers) : strlen(modifiers));
     TeskUtils::copyBounded(lengthToken, split ? split + 1 : "", sizeof(lengthToken));
 
     const long valueLength = static_cast<long>(strlen(buffer));
