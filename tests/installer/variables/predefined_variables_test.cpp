@@ -1,5 +1,5 @@
 // Predefined variables: each row, their precedence over records, and the shell probes,
-// which go through runShellStatus (counted here, never run).
+// which go through runShellStatus (counted here, never run) on every read.
 #include <climits>
 #include <cstdlib>
 #include <string>
@@ -14,7 +14,7 @@ namespace {
 const char* const kProxyNames[] = {"HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY",
                                    "http_proxy", "https_proxy", "ftp_proxy", "no_proxy"};
 
-TEST(PredefinedVariables, EveryRowGoesBeforeRecords)
+TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
 {
     char self[PATH_MAX] = {};
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof(self) - 1), 0);
@@ -59,11 +59,8 @@ TEST(PredefinedVariables, EveryRowGoesBeforeRecords)
     EXPECT_EQ(installer.value("GUI_INSTALL") + installer.value("WX_PORT"), "1linux_gtk");
     EXPECT_EQ(installer.value("TEMP_DIR") + installer.value("OS_HTTPS_PROXY"), "/tmp");
     EXPECT_EQ(installer.getPredefinedVar("NOT_PREDEFINED", nullptr, 0), -1);
-}
 
-TEST(PredefinedVariables, PackageProbesRunOnEveryRead)
-{
-    ProbeInstaller installer;
+    // The package probes run on every read, also on a mere existence test.
     EXPECT_EQ(installer.value("have_rpm"), "1");
     EXPECT_EQ(installer.lastCommand, "rpm --version > /dev/nul 2>&1");
     installer.shellStatus = 256;

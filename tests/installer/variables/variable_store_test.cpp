@@ -1,5 +1,6 @@
 // The variable store: lookup with modifiers and the environment, setting, resetting,
-// defaults, the clean-up of doubled slashes and the cuts at the field sizes.
+// defaults, the clean-up of doubled slashes, the cuts at the field sizes, and the
+// dependency-ordered recalculation.
 #include <cstdlib>
 #include <string>
 
@@ -16,7 +17,7 @@ TEST(VariableStore, LookupWithModifiers)
         int size;              // of the caller's buffer
         int result;            // FILE is record 1
         const char* expected;  // null where the buffer is not looked at
-        const char* warning;   // a line the log must hold; null for a quiet lookup
+        const char* warning;   // the whole log; null for a quiet lookup
     } cases[] = {
         {"file", 1024, 1, "hello/world.txt", nullptr},
         {"FILE:2:5", 1024, 1, "llo/w", nullptr},
@@ -88,7 +89,7 @@ TEST(VariableStore, SettingRecords)
     EXPECT_EQ(installer.GetVar(longName.substr(0, 1023).c_str(), nullptr, 0), 3);
 }
 
-TEST(VariableStore, NamesThatCanNotBeSet)
+TEST(VariableStore, NamesThatCanNotBeSetAndAssignmentTexts)
 {
     ProbeInstaller installer;
     EXPECT_EQ(installer.SetVar("", "1"), -1);
@@ -101,21 +102,16 @@ TEST(VariableStore, NamesThatCanNotBeSet)
     EXPECT_EQ(installer.value("$QUILB_STORE_SET"), "bar");
     EXPECT_EQ(installer.SetVarExt("$QUILB_STORE_SET", nullptr, nullptr, 0, "fallback"), -1);
     EXPECT_STREQ(getenv("QUILB_STORE_SET"), "fallback");
-    EXPECT_EQ(installer.variables.count, 0);
     unsetenv("QUILB_STORE_SET");
-}
+    EXPECT_EQ(installer.variables.count, 0);
 
-TEST(VariableStore, AssignmentText)
-{
-    ProbeInstaller installer;
     EXPECT_EQ(installer.SetVar("[CUSTOMIZE]='1'"), 0);
     EXPECT_EQ(installer.SetVar("  [MSG] = 'it's here' "), 0);
     EXPECT_EQ(installer.SetVar("[ONEQUOTE]='x"), -1);
     EXPECT_EQ(installer.SetVar("]NAME['v'"), -1);
     EXPECT_EQ(installer.SetVar(static_cast<const char*>(nullptr)), -1);
     EXPECT_EQ(installer.variables.count, 2);
-    EXPECT_EQ(installer.value("CUSTOMIZE"), "1");
-    EXPECT_EQ(installer.value("MSG"), "it's here");
+    EXPECT_EQ(installer.value("CUSTOMIZE") + "|" + installer.value("MSG"), "1|it's here");
 }
 
 TEST(VariableStore, ResetAndDefaults)
@@ -141,6 +137,57 @@ TEST(VariableStore, ResetAndDefaults)
     EXPECT_STREQ(buffer, "/default");
     EXPECT_EQ(installer.GetVarDefaultValue("OPERATING_SYSTEM", buffer, sizeof(buffer)), -2);
     EXPECT_STREQ(buffer, "linux");  // no default: the value
+}
+
+TEST(Recalculation, UsersFollowWhatTheyUse)
+{
+    // Each row defines the chain ROOT <- BIN <- TOOL in another order.
+    const char* const orders[][3] = {
+        {"ROOT", "BIN", "TOOL"}, {"TOOL", "BIN", "ROOT"}, {"BIN", "TOOL", "ROOT"}, {"TOOL", "ROOT", "BIN"}};
+    for (const auto& order : orders) {
+        ProbeInstaller installer;
+        installer.SetVar("PREFIX", "/usr");
+        for (std::string name : order) {
+            const char* expression = name == "ROOT" ? "$PREFIX/app" : name == "BIN" ? "$ROOT/bin" : "$BIN/tool";
+            installer.SetVarExt(name.c_str(), "", expression, VARFLAG_RECALCULATE, nullptr);
+        }
+        installer.SetVar("PREFIX", "/opt");
+        EXPECT_EQ(installer.value("TOOL"), "/opt/app/bin/tool") << order[0] << order[1] << order[2];
+    }
+}
+
+TEST(Recalculation, AssignedSuspendedLongAndFailedValues)
+{
+    ProbeInstaller installer;
+    installer.SetVar("PREFIX", "/usr");
+    installer.SetVarExt("ROOT", "", "$PREFIX/app", VARFLAG_RECALCULATE, nullptr);
+    installer.SetVarExt("DATA", "", "$ROOT/data", VARFLAG_RECALCULATE, nullptr);
+
+    // An assigned value holds until some other existing variable is written.
+    installer.SetVar("ROOT", "/manual");
+    EXPECT_EQ(installer.value("ROOT") + " " + installer.value("DATA"), "/manual /manual/data");
+    installer.SetVar("OTHER", "x");  // a new record recalculates nothing
+    EXPECT_EQ(installer.value("ROOT"), "/manual");
+    installer.SetVar("OTHER", "y");
+    EXPECT_EQ(installer.value("DATA"), "/usr/app/data");
+
+    installer.suspendRecalculation = true;
+    installer.SetVar("PREFIX", "/srv");
+    EXPECT_EQ(installer.value("ROOT"), "/usr/app");
+    installer.suspendRecalculation = false;
+    installer.recalcVariables(-1);
+    EXPECT_EQ(installer.value("DATA"), "/srv/app/data");
+
+    // 801 characters are cut at the field, and the neighbouring fields stay whole; a failed
+    // expansion writes over the start of the old value and leaves the rest.
+    installer.SetVarExt("LONG", "", "$PREFIX.$PREFIX", VARFLAG_RECALCULATE, "dflt");
+    installer.SetVarExt("BROKEN", "abcdefgh", "xy$MISSING", VARFLAG_RECALCULATE, nullptr);
+    installer.SetVar("PREFIX", std::string(400, 'q').c_str());
+    const VariableRecord& record = installer.variables[4];
+    EXPECT_EQ(std::string(record.value), std::string(400, 'q') + "." + std::string(118, 'q'));
+    EXPECT_STREQ(record.expression, "$PREFIX.$PREFIX");
+    EXPECT_STREQ(record.defaultValue, "dflt");
+    EXPECT_EQ(installer.value("BROKEN"), "xycdefgh");
 }
 
 } // namespace
