@@ -1,5 +1,7 @@
 #include "foundation/strings/portable.h"
 
+#include "foundation/strings/bounded_copy.h"
+
 #include <cstdarg>
 #include <cstdlib>
 #include <ctime>
@@ -16,20 +18,19 @@ char* teskutils_itoa_n(int value, char* buffer, size_t size, int radix)
     if (radix < 2 || radix > 36)
         radix = 10;
     static const char digits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
-    char reversed[40];
-    size_t n = 0;
+    // Digits are put down from the end of `text`, lowest first.
+    char text[40];
+    size_t start = sizeof text - 1;
+    text[start] = '\0';
     bool negative = radix == 10 && value < 0;
     unsigned int rest = negative ? 0u - static_cast<unsigned int>(value) : static_cast<unsigned int>(value);
     do {
-        reversed[n++] = digits[rest % static_cast<unsigned int>(radix)];
+        text[--start] = digits[rest % static_cast<unsigned int>(radix)];
         rest /= static_cast<unsigned int>(radix);
     } while (rest);
     if (negative)
-        reversed[n++] = '-';
-    size_t out = 0;
-    while (n > 0 && out + 1 < size)
-        buffer[out++] = reversed[--n];
-    buffer[out] = '\0';
+        text[--start] = '-';
+    TeskUtils::copyBounded(buffer, text + start, size);
     return buffer;
 }
 
