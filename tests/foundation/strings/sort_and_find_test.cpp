@@ -16,11 +16,6 @@ using TeskUtils::CharString;
 
 namespace {
 
-int mkdirSubdir(const quilbtest::TempDir& dir)
-{
-    return mkdir(dir.file("sub").c_str(), 0755);
-}
-
 TEST(QuickSort, OrdersBytewiseWithNullsFirst)
 {
     // Sizes on both sides of the selection-sort threshold, with duplicates, nulls and
@@ -45,10 +40,10 @@ TEST(QuickSort, OrdersBytewiseWithNullsFirst)
 
         TeskUtils::quickSort__(pointers.data(), 0, static_cast<int>(pointers.size()) - 1);
 
-        std::vector<CharString*> sortedCopy = pointers, originalCopy = original;
+        std::vector<CharString*> sortedCopy = pointers;
         std::sort(sortedCopy.begin(), sortedCopy.end());
-        std::sort(originalCopy.begin(), originalCopy.end());
-        EXPECT_EQ(sortedCopy, originalCopy) << "a permutation, size " << size;
+        std::sort(original.begin(), original.end());
+        EXPECT_EQ(sortedCopy, original) << "a permutation, size " << size;
         for (size_t i = 1; i < pointers.size(); ++i) {
             const char* a = pointers[i - 1] ? pointers[i - 1]->data() : nullptr;
             const char* b = pointers[i] ? pointers[i]->data() : nullptr;
@@ -63,7 +58,7 @@ TEST(FindData, MatchesMarkDirectoriesAndKeepOldResultsOnNoMatch)
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("a.txt"), "a"));
     ASSERT_TRUE(quilbtest::writeFile(dir.file("b.txt"), "b"));
-    ASSERT_EQ(mkdirSubdir(dir), 0);
+    ASSERT_EQ(mkdir(dir.file("sub").c_str(), 0755), 0);
 
     TeskUtils::FindData found((dir.path() + "/*").c_str());
     ASSERT_EQ(found.size(), 3);
@@ -80,7 +75,6 @@ TEST(FindData, MatchesMarkDirectoriesAndKeepOldResultsOnNoMatch)
 
     TeskUtils::FindData nothing("/nonexistent-dir-for-quilb/*");
     EXPECT_TRUE(nothing.empty());
-
 }
 
 } // namespace

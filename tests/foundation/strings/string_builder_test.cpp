@@ -22,10 +22,7 @@ TEST(StringBuilder, ConstructorBoundsItsSettings)
 
 TEST(StringBuilder, CapacityGrowsByBlocksAndFactor)
 {
-    struct Step {
-        int add;       // characters appended
-        long capacity; // expected afterwards
-    };
+    struct Step { int add; long capacity; }; // characters appended, capacity expected afterwards
     struct Row { const char* name; long blockSize; float growth; std::vector<Step> steps; };
     const Row rows[] = {
         {"blocks only: the terminator needs room too", 16, 0.0f, {{1, 16}, {14, 16}, {1, 32}, {40, 64}}},

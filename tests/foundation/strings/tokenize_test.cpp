@@ -25,14 +25,8 @@ Tokens texts(const Table<CharString, 100>& tokens)
 
 TEST(Tokenize, DelimitersAndFlags)
 {
-    struct Row {
-        const char* name;
-        const char* text;
-        char delimiter;
-        const char* set; // used instead of the delimiter when not null
-        int flags;
-        Tokens expected;
-    };
+    // `set`, when not null, is used instead of the delimiter.
+    struct Row { const char* name; const char* text; char delimiter; const char* set; int flags; Tokens expected; };
     const Row rows[] = {
         {"empty tokens left out", "a;;b", ';', nullptr, 0, {"a", "b"}},
         {"empty tokens kept as null", "a;;b", ';', nullptr, 2, {"a", "<null>", "b"}},
@@ -84,12 +78,8 @@ TEST(Tokenize, AppendsReservesAndReportsLengths)
 
 TEST(Tokenize, SplitCharString)
 {
-    const struct {
-        const char* text;
-        char delimiter;
-        const char* head; // null: null string
-        const char* tail;
-    } rows[] = {
+    // A null head or tail stands for a null string.
+    const struct { const char* text; char delimiter; const char* head; const char* tail; } rows[] = {
         {"abc", '=', "abc", nullptr}, {"a=b=c", '=', "a", "b=c"},    {"=x", '=', nullptr, "x"},
         {"x=", '=', "x", nullptr},    {"", '=', nullptr, nullptr},   {"a=b", '\0', nullptr, nullptr},
     };
@@ -124,16 +114,9 @@ TEST(Tokenize, MasksAndNameLists)
 
 TEST(Tokenize, RemoveNeighbouringCharacters)
 {
-    const struct {
-        const char* name;
-        const char* text;
-        char character;
-        const char* others;
-        RelativeCharPosition where;
-        int removed;
-        const char* expected; // read at text + offset
-        int offset;
-    } rows[] = {
+    // `expected` is read at buffer + `offset`.
+    const struct { const char* name; const char* text; char character; const char* others;
+                   RelativeCharPosition where; int removed; const char* expected; int offset; } rows[] = {
         {"runs collapse", "a//b///c/", '/', nullptr, AfterCharacter, 3, "a/b/c/", 0},
         {"spaces after", "a  =  b = c", '=', " ", AfterCharacter, 3, "a  =b =c", 0},
         {"spaces before, moved to start", "a  =  b = c", '=', " ", BeforeCharacter, 3, "a=  b= c", 0},
@@ -151,13 +134,7 @@ TEST(Tokenize, RemoveNeighbouringCharacters)
 
 TEST(Tokenize, DelimitedSubstringAndTrim)
 {
-    const struct {
-        const char* text;
-        char open, close;
-        unsigned int size;
-        int result;
-        const char* expected;
-    } rows[] = {
+    const struct { const char* text; char open, close; unsigned int size; int result; const char* expected; } rows[] = {
         {"f(x(y))z", '(', ')', 32, 1, "x(y)"}, {"ab)c", '(', ')', 32, 1, "ab"}, {"a(bc", '(', ')', 32, 1, "bc"},
         {")x(", '(', ')', 32, 0, ""},          {"f(xyz)", '(', ')', 3, 1, "xy"}, {"|", '|', '|', 32, 0, ""},
         {"(a)", '(', ')', 0, 0, ""},
@@ -168,11 +145,7 @@ TEST(Tokenize, DelimitedSubstringAndTrim)
         EXPECT_STREQ(out, row.expected) << row.text;
     }
 
-    const struct {
-        const char* text;
-        int removed;
-        const char* expected;
-    } trims[] = {{"  ab c \t\n", 5, "ab c"}, {"   ", 3, ""}, {"x", 0, "x"}};
+    const struct { const char* text; int removed; const char* expected; } trims[] = {{"  ab c \t\n", 5, "ab c"}, {"   ", 3, ""}, {"x", 0, "x"}};
     for (const auto& row : trims) {
         char buffer[32];
         strcpy(buffer, row.text);
@@ -208,10 +181,7 @@ TEST(Tokenize, FromStringBounds)
 
 TEST(Tokenize, PathHelpers)
 {
-    const struct {
-        const char* in;
-        const char* out;
-    } doubles[] = {{"a//b\\\\c", "a/b\\c"}, {"/\\x", "\\x"}, {"\\/x", "/x"}, {"///", "/"}};
+    const struct { const char* in; const char* out; } doubles[] = {{"a//b\\\\c", "a/b\\c"}, {"/\\x", "\\x"}, {"\\/x", "/x"}, {"///", "/"}};
     for (const auto& row : doubles) {
         char path[32];
         strcpy(path, row.in);
@@ -219,11 +189,7 @@ TEST(Tokenize, PathHelpers)
         EXPECT_STREQ(path, row.out) << row.in;
     }
 
-    const struct {
-        const char* in;
-        int size;
-        const char* out;
-    } ends[] = {{"/a/b//", 520, "/a/b"}, {"///", 520, "/"}, {"a\\", 520, "a\\"}, {"a//", 2, "a"}};
+    const struct { const char* in; int size; const char* out; } ends[] = {{"/a/b//", 520, "/a/b"}, {"///", 520, "/"}, {"a\\", 520, "a\\"}, {"a//", 2, "a"}};
     for (const auto& row : ends) {
         char path[32];
         strcpy(path, row.in);
@@ -231,12 +197,7 @@ TEST(Tokenize, PathHelpers)
         EXPECT_STREQ(path, row.out) << row.in;
     }
 
-    const struct {
-        const char* folder;
-        const char* name;
-        int size;
-        const char* out;
-    } joins[] = {{"", "x", 520, "x"}, {"/a", "b", 520, "/a/b"}, {"/a/", "b", 520, "/a/b"}, {"/abc", "def", 6, "/abc/"}};
+    const struct { const char* folder; const char* name; int size; const char* out; } joins[] = {{"", "x", 520, "x"}, {"/a", "b", 520, "/a/b"}, {"/a/", "b", 520, "/a/b"}, {"/abc", "def", 6, "/abc/"}};
     for (const auto& row : joins) {
         char folder[520];
         strcpy(folder, row.folder);
