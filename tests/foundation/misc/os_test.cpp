@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/misc/permissions.h"
 #include "foundation/misc/process_list.h"
 #include "foundation/misc/proxy_config.h"
 #include "foundation/misc/shell_utils.h"
@@ -38,6 +39,71 @@ TEST(SearchPath, CommandsAndBrowsersAreFoundOnlyThroughPATH)
     }
     EnvGuard unset("PATH", nullptr);
     EXPECT_EQ(get_useable_www_browser(browser, sizeof browser), 0);
+}
+
+TEST(SearchPath, GetPathSplitsEveryPartIncludingEmptyOnes)
+{
+    struct Case {
+        const char* path; // null: unset
+        std::vector<std::string> dirs;
+    };
+    const Case cases[] = {
+        {"/bin:/usr/bin", {"/bin", "/usr/bin"}}, {"/only", {"/only"}}, {":/a::", {"", "/a", "", ""}}, {"", {""}},
+        {nullptr, {}},
+    };
+    for (const Case& c : cases) {
+        EnvGuard env("PATH", c.path);
+        char* buffer = reinterpret_cast<char*>(1);
+        const char** dirs = nullptr;
+        int count = -1;
+        EXPECT_EQ(get_PATH(buffer, dirs, count), c.path ? 1 : 0);
+        EXPECT_EQ(std::vector<std::string>(dirs, dirs + count), c.dirs) << (c.path ? c.path : "(unset)");
+        delete[] dirs;
+        delete[] buffer;
+    }
+}
+
+TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
+{
+    // try_create_and_delete_file leaves nothing behind and doesn't touch its template.
+    quilbtest::TempDir dir;
+    const std::string probe = dir.file("probe_XXXXXX");
+    EXPECT_EQ(try_create_and_delete_file(probe.c_str()), 1);
+    EXPECT_EQ(quilbtest::runCommand("ls -A " + quilbtest::shellQuote(dir.path())).output, "");
+    EXPECT_EQ(try_create_and_delete_file(dir.file("none/probe_XXXXXX").c_str()), 0);
+    EXPECT_EQ(try_create_and_delete_file(nullptr), 0);
+
+    // The real probe writes to /etc and /usr: only inside the sandbox, where this test runs
+    // itself again.
+    if (!getenv("QUILB_IN_SANDBOX")) {
+        QUILB_REQUIRE_SANDBOX();
+        char self[520];
+        ASSERT_EQ(getProcessFileName(self, sizeof self, 0), 1);
+        quilbtest::CommandResult run =
+            quilbtest::runInSandbox(quilbtest::shellQuote(self) + " --gtest_filter=Permissions.*");
+        EXPECT_EQ(run.exitCode, 0) << run.output;
+        return;
+    }
+    // As an ordinary user, rights in only one of the two places are not enough.
+    struct Case {
+        mode_t etc, usr;
+        int expected;
+    };
+    const Case cases[] = {{0755, 0755, 0}, {0777, 0755, 0}, {0755, 0777, 0}, {0777, 0777, 1}};
+    for (const Case& c : cases) {
+        ASSERT_EQ(chmod("/etc", c.etc) | chmod("/usr", c.usr), 0);
+        pid_t child = fork();
+        if (child == 0)
+            _exit(setgid(65534) == 0 && setuid(65534) == 0 ? have_install_permissions() : 100);
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, c.expected) << std::oct << c.etc << " " << c.usr;
+    }
+    chmod("/etc", 0755);
+    chmod("/usr", 0755);
+    if (getuid() == 0)
+        EXPECT_EQ(have_install_permissions(), 1);
+    EXPECT_EQ(quilbtest::runCommand("ls -d /etc/tkinst_* /usr/tkinst_* 2>/dev/null").output, "");
 }
 
 TEST(ProxyConfiguration, ReadFromTheEnvironmentWithLowerCaseFallback)
@@ -88,6 +154,21 @@ struct Child {
     }
     pid_t pid;
 };
+
+TEST(ProcessFile, OwnProgramAndItsDirectory)
+{
+    char file[520], dir[520], tiny[4];
+    ASSERT_EQ(getProcessFileName(file, sizeof file, 0), 1);
+    ASSERT_EQ(getProcessPath(dir, sizeof dir), 1);
+    std::string own = file, path = dir;
+    EXPECT_EQ(own.rfind('/'), path.size() - 1) << path;
+    EXPECT_EQ(own.compare(0, path.size(), path), 0) << own;
+    EXPECT_EQ(getProcessFileName(file, sizeof file, getpid()), 1);
+    EXPECT_EQ(own, file);
+    EXPECT_EQ(getProcessFileName(tiny, sizeof tiny, 0), 1);
+    EXPECT_EQ(std::string(tiny), own.substr(0, 3)); // cut at size - 1
+    EXPECT_EQ(getProcessFileName(file, sizeof file, 0x7ffffff0), 0);
+}
 
 TEST(ProcessList, MatchesTheProgramFileNameOrAnExactBracketedName)
 {
