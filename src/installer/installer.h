@@ -210,6 +210,9 @@ public:
     // IsGUIInstaller.
     InstallerTheme theme;
     bool customThemed = false;
+    // Whether the template's ColourTheme section was read: only then are the dialogs'
+    // unset colours filled from the theme.
+    bool themeSectionRead = false;
     // Reads ColourTheme into `theme`. Gives 0, or -1 when the section is missing.
     int ExtractColourThemeInfo();
     // The colour of a colour attribute's value: "Group:name" names a custom group,
@@ -353,6 +356,9 @@ public:
     int GetTaskInfoCount(int dlg) override;
     TASKINFO* GetTaskInfo(int dlg, int index) override;
     int GetFieldCount(int dlg, int sub) override;
+
+    // True when Init was told to uninstall (bit 0 of its flags).
+    bool IsUninstall() override;
 
     // The installer's directory, where the configuration file goes; empty until set.
     char installerDirectory[520] = {};

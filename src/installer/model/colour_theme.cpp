@@ -104,6 +104,7 @@ int Installer::ExtractColourThemeInfo()
     if (section <= 0)
         return -1;
     customThemed = true;
+    themeSectionRead = true;
 
     PList<int> children;
     templateXml.GetChildren(section, &children);
@@ -235,7 +236,9 @@ bool setsOwnColours(const DLGINFO& dlg)
 
 void Installer::SetDlgThemeColours()
 {
-    if (!customThemed) {
+    // Decided by the section, not by customThemed, which the unthemed pass may have set:
+    // a second call then changes nothing.
+    if (!themeSectionRead) {
         for (const DLGINFO& dlg : dialogs)
             if (setsOwnColours(dlg)) {
                 customThemed = true;

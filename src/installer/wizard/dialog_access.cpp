@@ -4,16 +4,23 @@
 #include "foundation/misc/process_list.h"
 #include "installer/installer.h"
 
+namespace {
+
+// Element `index` of `table`, or null when out of range.
+template <class T, int STEP>
+T* elementAt(TeskUtils::Table<T, STEP>& table, int index)
+{
+    return index >= 0 && index < table.count ? &table[index] : nullptr;
+}
+
+} // namespace
+
 DLGINFO* Installer::GetDialogInfo(int dlg, int sub)
 {
-    if (dlg < 0 || dlg >= dialogs.count)
+    DLGINFO* info = elementAt(dialogs, dlg);
+    if (!info)
         return nullptr;
-    DLGINFO& info = dialogs[dlg];
-    if (sub < 0)
-        return &info;
-    if (sub >= info.subDialogs.count)
-        return nullptr;
-    return &info.subDialogs[sub];
+    return sub < 0 ? info : elementAt(info->subDialogs, sub);
 }
 
 int Installer::GetDialogsCount()
@@ -42,9 +49,7 @@ int Installer::GetSubDialogsCount(int dlg)
 UICTRL* Installer::GetDlgItem(int dlg, int index, int sub)
 {
     DLGINFO* info = GetDialogInfo(dlg, sub);
-    if (!info || index < 0 || index >= info->controls.count)
-        return nullptr;
-    return &info->controls[index];
+    return info ? elementAt(info->controls, index) : nullptr;
 }
 
 int Installer::GetDlgItemCount(int dlg, int sub)
@@ -56,9 +61,7 @@ int Installer::GetDlgItemCount(int dlg, int sub)
 BUTTONINFO* Installer::GetDlgButton(int dlg, int index, int sub)
 {
     DLGINFO* info = GetDialogInfo(dlg, sub);
-    if (!info || index < 0 || index >= info->buttons.count)
-        return nullptr;
-    return &info->buttons[index];
+    return info ? elementAt(info->buttons, index) : nullptr;
 }
 
 int Installer::GetDlgButtonCount(int dlg, int sub)
@@ -70,9 +73,7 @@ int Installer::GetDlgButtonCount(int dlg, int sub)
 FIELDINFO* Installer::GetField(int dlg, int index, int sub)
 {
     DLGINFO* info = GetDialogInfo(dlg, sub);
-    if (!info || index < 0 || index >= info->fields.count)
-        return nullptr;
-    return &info->fields[index];
+    return info ? elementAt(info->fields, index) : nullptr;
 }
 
 int Installer::GetFieldCount(int dlg, int sub)
@@ -90,9 +91,12 @@ int Installer::GetTaskInfoCount(int dlg)
 TASKINFO* Installer::GetTaskInfo(int dlg, int index)
 {
     DLGINFO* info = GetDialogInfo(dlg, -1);
-    if (!info || index < 0 || index >= info->tasks.count)
-        return nullptr;
-    return &info->tasks[index];
+    return info ? elementAt(info->tasks, index) : nullptr;
+}
+
+bool Installer::IsUninstall()
+{
+    return (initFlags & 1) != 0;
 }
 
 void Installer::SetInstallerPath(const char* path)

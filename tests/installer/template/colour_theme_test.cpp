@@ -138,7 +138,7 @@ TEST(ColourTheme, UnthemedTemplates)
         bool themed;
     } cases[] = {
         {"no colours", "<Welcome><Text x='1' y='1'>a</Text></Welcome>", false},
-        {"a dialog's own colour", "<A/><B FgColour='0x010101'><Text x='1' y='1'>a</Text></B>", true},
+        {"a dialog's own colour", "<A/><B BkgColour='0x010101'><Text x='1' y='1'>a</Text></B>", true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
@@ -147,11 +147,14 @@ TEST(ColourTheme, UnthemedTemplates)
                    "</Dialogs></QuilbGroupInstallation>");
         EXPECT_EQ(-1, t.installer->ExtractColourThemeInfo());
         ASSERT_EQ(0, t.installer->ExtractDialogsInfo(0));
+        // A graphical front end's start fills the theme in once more, which changes nothing.
+        t.installer->SetDlgThemeColours();
         EXPECT_EQ(c.themed, t.installer->CustomThemedGUI());
         // Nothing is filled in without a theme section.
         const UICTRL* text = t.installer->GetDlgItem(t.installer->GetDialogsCount() - 1, 0, -1);
         ASSERT_NE(nullptr, text);
         EXPECT_EQ(COLOUR_NOT_SET, text->foreground);
+        EXPECT_EQ(COLOUR_NOT_SET, text->background);
     }
 }
 
