@@ -313,6 +313,19 @@ void applyDefaultDress(DLGINFO& dlg)
         dlg.buttons.append(dressButton("&Back", BUTTON_HAS_SHIFT, -1, nullptr, 190, ALIGN_RIGHT));
 }
 
+// A dialog or sub-dialog with its own attributes, Retain list, fields, controls, buttons
+// and triggers; `buttons` receives the number of its buttons.
+DLGINFO readDialog(Installer& engine, int node, int& buttons)
+{
+    DLGINFO dlg = engine.ExtractDialogInfo(node);
+    TeskUtils::tokenize(engine.templateXml.ParVal(node, "Retain"), ';', dlg.retained, 0);
+    engine.ExtractFieldsInfo(dlg);
+    engine.ExtractControlsInfo(dlg);
+    buttons = engine.ExtractButtonsInfo(dlg);
+    engine.ExtractTriggersInfo(dlg);
+    return dlg;
+}
+
 } // namespace
 
 // ---- The reader ---------------------------------------------------------------------------
@@ -327,12 +340,8 @@ int Installer::ExtractDialogsInfo(int uninstall)
     PList<int> children;
     templateXml.GetChildren(section, &children);
     for (int i = 0; i < children.Count(); ++i) {
-        DLGINFO dlg = ExtractDialogInfo(children[i]);
-        TeskUtils::tokenize(templateXml.ParVal(dlg.node, "Retain"), ';', dlg.retained, 0);
-        ExtractFieldsInfo(dlg);
-        ExtractControlsInfo(dlg);
-        int buttons = ExtractButtonsInfo(dlg);
-        ExtractTriggersInfo(dlg);
+        int buttons = 0;
+        DLGINFO dlg = readDialog(*this, children[i], buttons);
         if (dlg.flags & DLG_HAS_SUBDIALOGS) {
             int subButtons = ExtractSubDialogsInfo(dlg);
             if (subButtons < 0)
@@ -379,17 +388,11 @@ DLGINFO Installer::ExtractDialogInfo(int node)
 
 int Installer::ExtractFieldsInfo(DLGINFO& dlg)
 {
-    PList<int> children;
-    templateXml.GetChildren(dlg.node, &children);
     int added = 0;
     // A field without a known Type takes the type of the field before it.
     int lastType = 0;
-    for (int i = 0; i < children.Count(); ++i) {
-        int node = children[i];
-        const char* tag = templateXml.GetName(node);
-        if (!tag || strcmp(tag, "Field") != 0)
-            continue;
-
+    for (int node = templateXml.FindChild(dlg.node, "Field", -1); node >= 0;
+         node = templateXml.FindChild(dlg.node, "Field", node)) {
         FIELDINFO field;
         copyAttribute(field.label, templateXml, node, "Label");
         TeskUtils::copyBounded(field.variable, templateXml.GetData(node), sizeof(field.variable));
@@ -460,14 +463,9 @@ int Installer::ExtractControlsInfo(DLGINFO& dlg)
 
 int Installer::ExtractButtonsInfo(DLGINFO& dlg)
 {
-    PList<int> children;
-    templateXml.GetChildren(dlg.node, &children);
     int added = 0;
-    for (int i = 0; i < children.Count(); ++i) {
-        int node = children[i];
-        const char* tag = templateXml.GetName(node);
-        if (!tag || strcmp(tag, "Button") != 0)
-            continue;
+    for (int node = templateXml.FindChild(dlg.node, "Button", -1); node >= 0;
+         node = templateXml.FindChild(dlg.node, "Button", node)) {
         const char* label = templateXml.GetData(node);
         const char* x = templateXml.ParVal(node, "x");
         const char* y = templateXml.ParVal(node, "y");
@@ -522,15 +520,9 @@ int Installer::ExtractButtonsInfo(DLGINFO& dlg)
 
 int Installer::ExtractTriggersInfo(DLGINFO& dlg)
 {
-    PList<int> children;
-    templateXml.GetChildren(dlg.node, &children);
     int added = 0;
-    for (int i = 0; i < children.Count(); ++i) {
-        int node = children[i];
-        const char* tag = templateXml.GetName(node);
-        if (!tag || strcmp(tag, "Trigger") != 0)
-            continue;
-
+    for (int node = templateXml.FindChild(dlg.node, "Trigger", -1); node >= 0;
+         node = templateXml.FindChild(dlg.node, "Trigger", node)) {
         TRIGGER_INFO trigger;
         TeskUtils::Table<TeskUtils::CharString, 100> words;
         TeskUtils::tokenize(templateXml.ParVal(node, "EvaluateOn"), ';', words, 0);
@@ -621,13 +613,9 @@ int Installer::ExtractSubDialogsInfo(DLGINFO& dlg)
         int node = templateXml.FindChild(section, task.name, -1);
         if (node < 0)
             continue;
-        DLGINFO sub = ExtractDialogInfo(node);
-        TeskUtils::tokenize(templateXml.ParVal(node, "Retain"), ';', sub.retained, 0);
-        ExtractFieldsInfo(sub);
-        ExtractControlsInfo(sub);
-        buttons += ExtractButtonsInfo(sub);
-        ExtractTriggersInfo(sub);
-        dlg.subDialogs.append(sub);
+        int subButtons = 0;
+        dlg.subDialogs.append(readDialog(*this, node, subButtons));
+        buttons += subButtons;
     }
     return buttons;
 }
