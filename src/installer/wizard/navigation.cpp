@@ -51,6 +51,37 @@ bool hasSubDialogs(const DLGINFO& dlg)
     return (dlg.flags & DLG_HAS_SUBDIALOGS) != 0;
 }
 
+// The record of sub-dialog `sub` of dialog `dlg`; null when the dialog has no sub-dialogs
+// or `sub` is no index of one (-1 stands on the dialog itself).
+DLGINFO* subDialogAt(Installer& engine, int dlg, int sub)
+{
+    DLGINFO* dialog = engine.GetDialogInfo(dlg, -1);
+    return dialog && hasSubDialogs(*dialog) && sub >= 0 ? engine.GetDialogInfo(dlg, sub) : nullptr;
+}
+
+// The first steps of entering a (sub-)dialog: the current position is left. Its Retain
+// names are passed on, the front end is told (the end of a whole dialog clears its tasks
+// and sub-controls) and its End triggers run.
+void leaveCurrentPosition(Installer& engine, InstallerUI* ui, bool wholeDialog)
+{
+    const int oldDlg = engine.currentDlg;
+    const int oldSub = engine.currentSubDlg;
+    if (DLGINFO* old = engine.GetDialogInfo(oldDlg, oldSub)) {
+        for (const TeskUtils::CharString& name : old->retained)
+            ui->RetainSubCtrl(name.c_str());
+    }
+    if (oldDlg < 0 || oldDlg >= engine.dialogs.count)
+        return;
+    if (wholeDialog) {
+        ui->NEndDialog(oldDlg);
+        ui->ClearTasks();
+        ui->ClearSubCtrls();
+    } else {
+        ui->NEndSubDialog(oldDlg, oldSub);
+    }
+    engine.evaluateTriggers(ui, TRIGGER_ON_END, oldDlg, oldSub);
+}
+
 } // namespace
 
 // ---- Entering a dialog ----------------------------------------------------------------------
@@ -60,20 +91,8 @@ int Installer::EvSetDlg(int dlg, InstallerUI* ui)
     if (!ui || dlg < 0 || dlg >= dialogs.count)
         return -1;
 
-    // Leave the old position; the very first entry finds dialog 0 already current and
-    // leaves it too.
-    const int oldDlg = currentDlg;
-    const int oldSub = currentSubDlg;
-    if (DLGINFO* old = GetDialogInfo(oldDlg, oldSub)) {
-        for (const TeskUtils::CharString& name : old->retained)
-            ui->RetainSubCtrl(name.c_str());
-    }
-    if (oldDlg >= 0 && oldDlg < dialogs.count) {
-        ui->NEndDialog(oldDlg);
-        ui->ClearTasks();
-        ui->ClearSubCtrls();
-        evaluateTriggers(ui, TRIGGER_ON_END, oldDlg, oldSub);
-    }
+    // The very first entry finds dialog 0 already current and leaves it too.
+    leaveCurrentPosition(*this, ui, true);
 
     currentDlg = dlg;
     currentSubDlg = -1;
@@ -89,16 +108,7 @@ int Installer::EvSetSubDlg(int dlg, int sub, InstallerUI* ui)
     if (!ui || !info || sub < 0 || sub >= info->subDialogs.count)
         return -1;
 
-    const int oldDlg = currentDlg;
-    const int oldSub = currentSubDlg;
-    if (DLGINFO* old = GetDialogInfo(oldDlg, oldSub)) {
-        for (const TeskUtils::CharString& name : old->retained)
-            ui->RetainSubCtrl(name.c_str());
-    }
-    if (oldDlg >= 0 && oldDlg < dialogs.count) {
-        ui->NEndSubDialog(oldDlg, oldSub);
-        evaluateTriggers(ui, TRIGGER_ON_END, oldDlg, oldSub);
-    }
+    leaveCurrentPosition(*this, ui, false);
 
     currentDlg = dlg;
     currentSubDlg = sub;
@@ -119,7 +129,7 @@ int Installer::EvNext(InstallerUI* ui, int shift)
     const int startDlg = currentDlg;
     const int startSub = currentSubDlg;
     DLGINFO* dialog = GetDialogInfo(startDlg, -1);
-    DLGINFO* subDialog = dialog && hasSubDialogs(*dialog) ? GetDialogInfo(startDlg, startSub) : nullptr;
+    DLGINFO* subDialog = subDialogAt(*this, startDlg, startSub);
     if ((dialog && (dialog->flags & DLG_FINISH)) || (subDialog && (subDialog->flags & DLG_FINISH))) {
         stateFinish = 1;
         return 0;
@@ -151,7 +161,7 @@ int Installer::EvNext(InstallerUI* ui, int shift)
             break;
 
         DLGINFO* current = GetDialogInfo(currentDlg, -1);
-        DLGINFO* currentSub = current && hasSubDialogs(*current) ? GetDialogInfo(currentDlg, currentSubDlg) : nullptr;
+        DLGINFO* currentSub = subDialogAt(*this, currentDlg, currentSubDlg);
         if ((current && (current->flags & DLG_FINISH)) || (currentSub && (currentSub->flags & DLG_FINISH))) {
             stateFinish = 1;
             return 0;
@@ -185,7 +195,7 @@ int Installer::EvNext(InstallerUI* ui, int shift)
                     return 0;
                 ++next;
             }
-            DLGINFO* enteredSub = hasSubDialogs(entered) ? GetDialogInfo(i, j) : nullptr;
+            DLGINFO* enteredSub = subDialogAt(*this, i, j);
             if (enteredSub && enteredSub->conditionObject) {
                 if (!enteredSub->conditionObject->Eval(this, ui))
                     return 0;
@@ -288,7 +298,7 @@ int Installer::GetDialogConditionEval(InstallerUI* ui)
         return 0;
     DLGINFO* record = dialog;
     if (hasSubDialogs(*dialog)) {
-        record = GetDialogInfo(currentDlg, currentSubDlg);
+        record = subDialogAt(*this, currentDlg, currentSubDlg);
         if (!record)
             return 0;
     }

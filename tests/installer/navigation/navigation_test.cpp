@@ -145,4 +145,13 @@ TEST(Navigation, ConditionObjectsHoldTheWizard)
     EXPECT_EQ(engine.var("DLG_CONDITION"), "1");
     engine.EvSetDlg(0, &ui);
     EXPECT_EQ(engine.var("DLG_CONDITION"), "0");
+
+    // On a frame before its first sub-dialog there is no sub-dialog to ask: no record for
+    // the poll, and leaving asks only the frame's own object.
+    engine.EvSetDlg(3, &ui);
+    engine.dialogs[3].setConditionObject(new quilbtest::ScriptedCondition({true}), nullptr);
+    EXPECT_EQ(engine.GetDialogConditionEval(&ui), 0);
+    engine.dialogs[3].setConditionObject(new quilbtest::ScriptedCondition({false, true, false}), nullptr);
+    EXPECT_EQ(engine.EvNext(&ui, 1), 0);
+    EXPECT_EQ(engine.GetCurSubDlg(), 0);
 }
