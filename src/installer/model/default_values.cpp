@@ -315,19 +315,18 @@ bool readDefaultsTrigger(const PXML& doc, int node, PConsole* log, TRIGGER_INFO&
     const char* variable = doc.ParVal(node, "Variable");
     const char* value = doc.ParVal(node, "Value");
 
-    trigger.type = TRIGGER_VAR_CHANGE;
-    if (type && strcasecmp(type, "VarReset") == 0) {
-        trigger.type = TRIGGER_VAR_RESET;
-    } else if (type && strcasecmp(type, "VarChange") != 0) {
-        if (log)
-            log->Dump("WARNING: Unrecognized trigger type in DefValues: %s", type);
-        return false;
-    }
-    if (!variable || (!value && trigger.type != TRIGGER_VAR_RESET)) {
+    const bool reset = type && strcasecmp(type, "VarReset") == 0;
+    if (!variable || (!value && !reset)) {
         if (log)
             log->Dump("ERROR: Insufficient trigger attributes in DefValues!");
         return false;
     }
+    if (type && !reset && strcasecmp(type, "VarChange") != 0) {
+        if (log)
+            log->Dump("WARNING: Unrecognized trigger type in DefValues: %s", type);
+        return false;
+    }
+    trigger.type = reset ? TRIGGER_VAR_RESET : TRIGGER_VAR_CHANGE;
     trigger.evaluation = TRIGGER_ON_ALL;
     TeskUtils::copyBounded(trigger.variable, variable, sizeof(trigger.variable));
     TeskUtils::copyBounded(trigger.value, value ? value : "", sizeof(trigger.value));

@@ -85,7 +85,7 @@ TEST(DefaultValues, EachKindOfElement)
         {"a false trigger condition", value("OUT", "o") + R"(<Trigger Variable="OUT" Value="x" Condition="0"/>)", {{"OUT", "o", nullptr}}, nullptr},
         {"no sequences here", value("OUT", "o") + R"(<Trigger Type="RunActions" Variable="OUT" Value="Seq"/>)",
          {{"OUT", "o", nullptr}}, "WARNING: Unrecognized trigger type in DefValues: RunActions"},
-        {"a trigger without its value", value("OUT", "o") + R"(<Trigger Variable="OUT"/>)", {{"OUT", "o", nullptr}},
+        {"a trigger without its value, even of an unknown type", value("OUT", "o") + R"(<Trigger Type="Bogus" Variable="OUT"/>)", {{"OUT", "o", nullptr}},
          "ERROR: Insufficient trigger attributes in DefValues!"},
     };
     for (const Row& row : rows) {
