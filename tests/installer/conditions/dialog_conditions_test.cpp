@@ -12,8 +12,7 @@
 namespace {
 
 // Answers from sets of names and notes each question as "name@directory" or "name#flags".
-class FakeMachine : public Installer {
-public:
+struct FakeMachine : Installer {
     bool isAppRunning(const char* name, const char* directory) override
     {
         asked += std::string(name) + "@" + directory + " ";
@@ -29,8 +28,7 @@ public:
 };
 
 // Notes the list operations: "clear", "+line" (open), "!line" (closing), "close".
-class ListRecorder : public InstallerUI {
-public:
+struct ListRecorder : InstallerUI {
     int StartUI() override { return 0; }
     void ClearList() override { calls += "clear "; }
     int EndDecompress(const char* text, bool close) override
@@ -61,13 +59,12 @@ TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
     RunningAppsCondition condition;
     condition.addEntry("editor", "/opt/editor");
     condition.addEntry("viewer", nullptr);
-    int round = 0;
-    for (const Poll& poll : polls) {
-        machine.running = poll.running;
+    for (size_t round = 0; round < sizeof(polls) / sizeof(polls[0]); ++round) {
+        machine.running = polls[round].running;
         ui.calls.clear();
         machine.asked.clear();
-        EXPECT_EQ(condition.Eval(&machine, &ui), poll.result) << "poll " << round;
-        EXPECT_EQ(ui.calls, poll.calls) << "poll " << round++;
+        EXPECT_EQ(condition.Eval(&machine, &ui), polls[round].result) << "poll " << round;
+        EXPECT_EQ(ui.calls, polls[round].calls) << "poll " << round;
         EXPECT_EQ(machine.asked, "editor@/opt/editor viewer@ ");
     }
 }
