@@ -390,8 +390,8 @@ public:
     int EvBack(InstallerUI* ui, int shift) override;
     // Sets the cancel state when ui->ConfirmCancel() agrees. 0, or -1 for a null ui.
     int EvCancel(InstallerUI* ui) override;
-    // Leave the current position and enter dialog `dlg` (sub-dialog `sub` of the current
-    // dialog), telling the front end; the stage dispatch's result (1: the walk may go on
+    // Leave the current position and enter dialog `dlg` (sub-dialog `sub` of dialog
+    // `dlg`), telling the front end; the stage dispatch's result (1: the walk may go on
     // by itself), or -1 for a bad index or null ui.
     int EvSetDlg(int dlg, InstallerUI* ui) override;
     int EvSetSubDlg(int dlg, int sub, InstallerUI* ui) override;
