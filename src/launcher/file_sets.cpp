@@ -102,8 +102,7 @@ int ParseLauncherXml(LinuxInstaller& installer)
     TeskUtils::PtrArray<unsigned char> content;
     int result = installer.Decompress("install.xml", size, content, nullptr);
     if (result != 0) {
-        puts("Error decompressing installation file!");
-        fflush(stdout);
+        sayLine("Error decompressing installation file!");
         return result;
     }
 
@@ -112,8 +111,7 @@ int ParseLauncherXml(LinuxInstaller& installer)
     PXML document;
     result = document.ParseStream(stream);
     if (result != 0) {
-        puts("Error parsing installation file!");
-        fflush(stdout);
+        sayLine("Error parsing installation file!");
         return result;
     }
 
@@ -121,8 +119,7 @@ int ParseLauncherXml(LinuxInstaller& installer)
     if (fileSet < 0) {
         // Deliberately no failure: with no files, no front end can be found later on,
         // and that is what the user is told.
-        puts("Error in installation file!");
-        fflush(stdout);
+        sayLine("Error in installation file!");
         return 0;
     }
 
@@ -164,10 +161,7 @@ int UnpackFiles(LinuxInstaller& installer)
             printf("Error in creating dir: %s\n", directory);
         fflush(stdout);
         if (created >= 1) {
-            InstallerFileUtils::DirInfo dir;
-            dir.path = TeskUtils::CharString(directory);
-            dir.levels = created;
-            createdDirs.append(dir);
+            createdDirs.append(InstallerFileUtils::DirInfo(directory, created));
             if (!quiet) {
                 printf("Created temporary dir: %s\n", directory);
                 fflush(stdout);

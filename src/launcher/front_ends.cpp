@@ -82,8 +82,7 @@ int RunWithArgs(const FileInfo& installer, const FileInfo& binary, int argc, cha
         args[argc] = binArgument;
         args[argc + 1] = nullptr;
         execvp(args[0], args);
-        puts("Error in executing the installer!");
-        fflush(stdout);
+        sayLine("Error in executing the installer!");
         delete[] args;
         _exit(-2);
     }

@@ -42,6 +42,8 @@ extern TeskUtils::Table<InstallerFileUtils::DirInfo, 100> createdDirs;  // dirs 
 
 // Builds "%s/%s" of the file's destination and name in `out` (520 bytes), slashes collapsed.
 void formFullPath(const FileInfo& file, char (&out)[520]);
+// Prints `line` with puts, quiet or not, and flushes at once.
+void sayLine(const char* line);
 
 // ---- Main flow (launcher_main.cpp) ---------------------------------------------------------
 // Chooses unpackDirectory: beside the launcher, else "/tmp/tesk_install_dir". Non-zero on

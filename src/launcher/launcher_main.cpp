@@ -38,6 +38,12 @@ void formFullPath(const FileInfo& file, char (&out)[520])
     TeskUtils::removeDoubleSlashes(out);
 }
 
+void sayLine(const char* line)
+{
+    puts(line);
+    fflush(stdout);
+}
+
 namespace {
 
 const char kTmpUnpackDirectory[] = "/tmp/tesk_install_dir";
@@ -45,10 +51,8 @@ const char kTmpUnpackDirectory[] = "/tmp/tesk_install_dir";
 // Prints a progress line unless quiet, and flushes.
 void progress(const char* line)
 {
-    if (quiet)
-        return;
-    puts(line);
-    fflush(stdout);
+    if (!quiet)
+        sayLine(line);
 }
 
 // Cuts the file name from a program path, keeping the slash before it. A path of fewer
@@ -86,24 +90,21 @@ int runWithInstaller(int argc, char** argv, int offset)
     progress("Initializing...");
     int result = InitInstaller(installer, offset);
     if (result != 0) {
-        puts("An error occured in installer initialization!");
-        fflush(stdout);
+        sayLine("An error occured in installer initialization!");
         return result;
     }
 
     progress("Gathering file information...");
     result = ParseLauncherXml(installer);
     if (result != 0) {
-        puts("An error occured in gathering installation information!");
-        fflush(stdout);
+        sayLine("An error occured in gathering installation information!");
         return result;
     }
 
     progress("Decompressing...");
     result = UnpackFiles(installer);
     if (result != 0) {
-        puts("An error occured in decompressing installation files!");
-        fflush(stdout);
+        sayLine("An error occured in decompressing installation files!");
         CleanFiles();
         return result;
     }
@@ -164,12 +165,8 @@ int FindUnpackDirectory()
         return 0;
     }
     TeskUtils::copyBounded(unpackDirectory, kTmpUnpackDirectory, sizeof unpackDirectory);
-    if (created >= 1) {
-        InstallerFileUtils::DirInfo dir;
-        dir.path = TeskUtils::CharString(kTmpUnpackDirectory);
-        dir.levels = created;
-        createdDirs.append(dir);
-    }
+    if (created >= 1)
+        createdDirs.append(InstallerFileUtils::DirInfo(kTmpUnpackDirectory, created));
     return 1;
 }
 
@@ -264,16 +261,14 @@ int main(int argc, char** argv)
     cutFileName(pathToExecutable);
 
     if (!FindUnpackDirectory()) {
-        puts("The launcher could not find a directory for unpacking necessary files.\n"
-             "Please start it in a directory with proper write rights or start it as root!");
-        fflush(stdout);
+        sayLine("The launcher could not find a directory for unpacking necessary files.\n"
+                "Please start it in a directory with proper write rights or start it as root!");
         return -1;
     }
 
     int offset = 0;
     if (!readPackageOffset(offset)) {
-        puts("The launcher can not be used without a packed fat binary!");
-        fflush(stdout);
+        sayLine("The launcher can not be used without a packed fat binary!");
         return 1;
     }
 
