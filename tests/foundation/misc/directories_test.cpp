@@ -22,13 +22,8 @@ namespace {
 
 TEST(RecursiveCreateDir, MakesOnlyLevelsEndingInASlashAndCountsThem)
 {
-    struct Case {
-        const char* name;
-        const char* relative; // below the temporary directory
-        int result, created;
-        const char* made;    // must exist afterwards, or null
-        const char* notMade; // must not exist afterwards, or null
-    };
+    // relative: below the temporary directory; made / notMade: must (not) exist afterwards, or null
+    struct Case { const char *name, *relative; int result, created; const char *made, *notMade; };
     const Case cases[] = {
         {"file name is never made", "/x", 0, 0, nullptr, "/x"},
         {"trailing slash makes the directory", "/x/", 0, 1, "/x/", nullptr},
@@ -90,22 +85,13 @@ TEST(DeleteEmptyDirs, AnEmptyParentThatRefusesRemovalEndsTheChain)
 struct RecordingUI : InstallerUI {
     int StartUI() override { return 0; }
     void StartDecompress() override { ++started; }
-    int EndDecompress(const char* text, bool close) override
-    {
-        shown.push_back(std::string(text) + (close ? " +close" : ""));
-        return 0;
-    }
+    int EndDecompress(const char* text, bool close) override { return shown.push_back(text + std::string(close ? "+" : "")), 0; }
     int started = 0;
     std::vector<std::string> shown;
 };
 
 std::vector<std::string> collected;
-
-void collect(LogCollector* collector, const char* message)
-{
-    EXPECT_NE(collector, nullptr);
-    collected.push_back(message);
-}
+void collect(LogCollector*, const char* message) { collected.push_back(message); }
 
 class DirInfoDelete : public ::testing::Test {
 protected:
@@ -212,11 +198,7 @@ TEST(ReadFileBuf, OnlyACompleteReadReplacesTheData)
 
 TEST(GetTempFolder, TmpdirWithoutTrailingSlashesOrTmp)
 {
-    struct Case {
-        const char* tmpdir; // null: unset
-        int size;
-        const char* expected;
-    };
+    struct Case { const char* tmpdir; int size; const char* expected; }; // tmpdir null: unset
     const Case cases[] = {
         {nullptr, 520, "/tmp"}, {"", 520, "/tmp"},     {"/var/t//", 520, "/var/t"},
         {"/", 520, "/"},        {"/var/tmp", 5, "/var"}, {"/x", 0, "unchanged"},

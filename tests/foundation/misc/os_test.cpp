@@ -43,14 +43,8 @@ TEST(SearchPath, CommandsAndBrowsersAreFoundOnlyThroughPATH)
 
 TEST(SearchPath, GetPathSplitsEveryPartIncludingEmptyOnes)
 {
-    struct Case {
-        const char* path; // null: unset
-        std::vector<std::string> dirs;
-    };
-    const Case cases[] = {
-        {"/bin:/usr/bin", {"/bin", "/usr/bin"}}, {"/only", {"/only"}}, {":/a::", {"", "/a", "", ""}}, {"", {""}},
-        {nullptr, {}},
-    };
+    struct Case { const char* path; std::vector<std::string> dirs; }; // path null: unset
+    const Case cases[] = {{"/bin:/usr/bin", {"/bin", "/usr/bin"}}, {":/a::", {"", "/a", "", ""}}, {"", {""}}, {nullptr, {}}};
     for (const Case& c : cases) {
         EnvGuard env("PATH", c.path);
         char* buffer = reinterpret_cast<char*>(1);
@@ -71,7 +65,6 @@ TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
     EXPECT_EQ(try_create_and_delete_file(probe.c_str()), 1);
     EXPECT_EQ(quilbtest::runCommand("ls -A " + quilbtest::shellQuote(dir.path())).output, "");
     EXPECT_EQ(try_create_and_delete_file(dir.file("none/probe_XXXXXX").c_str()), 0);
-    EXPECT_EQ(try_create_and_delete_file(nullptr), 0);
 
     // The real probe writes to /etc and /usr: only inside the sandbox, where this test runs
     // itself again.
@@ -84,11 +77,9 @@ TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
         EXPECT_EQ(run.exitCode, 0) << run.output;
         return;
     }
-    // As an ordinary user, rights in only one of the two places are not enough.
-    struct Case {
-        mode_t etc, usr;
-        int expected;
-    };
+    // Root may write both; an ordinary user needs rights in both places, one is not enough.
+    EXPECT_EQ(have_install_permissions(), 1);
+    struct Case { mode_t etc, usr; int expected; };
     const Case cases[] = {{0755, 0755, 0}, {0777, 0755, 0}, {0755, 0777, 0}, {0777, 0777, 1}};
     for (const Case& c : cases) {
         ASSERT_EQ(chmod("/etc", c.etc) | chmod("/usr", c.usr), 0);
@@ -98,11 +89,6 @@ TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
         int status = 0;
         waitpid(child, &status, 0);
         EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, c.expected) << std::oct << c.etc << " " << c.usr;
-    }
-    chmod("/etc", 0755);
-    chmod("/usr", 0755);
-    if (getuid() == 0) {
-        EXPECT_EQ(have_install_permissions(), 1);
     }
     EXPECT_EQ(quilbtest::runCommand("ls -d /etc/tkinst_* /usr/tkinst_* 2>/dev/null").output, "");
 }

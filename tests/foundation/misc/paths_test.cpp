@@ -10,9 +10,7 @@ namespace {
 
 TEST(CanonicalPath, NormalFormAndItsDirectoryAndFileParts)
 {
-    struct Case {
-        const char *path, *canonical, *dir, *file;
-    };
+    struct Case { const char *path, *canonical, *dir, *file; };
     const Case cases[] = {
         {"./a//b/../c", "a/c", "a", "c"},
         {"//usr///lib", "/usr/lib", "/usr", "lib"},
@@ -34,12 +32,7 @@ TEST(CanonicalPath, NormalFormAndItsDirectoryAndFileParts)
 
 TEST(PathCorrection, DelimitersTurnedAndCollapsedButALeadingDoubleSlashStays)
 {
-    struct Case {
-        const char* path;
-        char slash; // 0: uniCorrectPathString
-        const char* result;
-        int changes; // -1: some
-    };
+    struct Case { const char* path; char slash; const char* result; int changes; }; // slash 0: uniCorrectPathString; changes -1: some
     const Case cases[] = {
         {"a\\b//c", '/', "a/b/c", 2},
         {"//server/share", '/', "//server/share", 0},
@@ -63,11 +56,7 @@ TEST(PathCorrection, DelimitersTurnedAndCollapsedButALeadingDoubleSlashStays)
 
 TEST(StripExt, CutsOnlyARealLastExtension)
 {
-    struct Case {
-        const char* name;
-        int result;
-        const char* stripped;
-    };
+    struct Case { const char* name; int result; const char* stripped; };
     const Case cases[] = {
         {"a.tar.gz", 1, "a.tar"}, {"/opt.d/file", 0, "/opt.d/file"}, {"d\\x.y\\f", 0, "d\\x.y\\f"},
         {".hidden", 0, ".hidden"}, {"a/.b", 0, "a/.b"}, {"a..b", 0, "a..b"}, {"name.", 1, "name"},
@@ -82,9 +71,7 @@ TEST(StripExt, CutsOnlyARealLastExtension)
 
 TEST(Split, AtTheFirstDelimiterWithTheLastLineFeedCut)
 {
-    struct Case {
-        const char *text, *left, *right; // left null: no split
-    };
+    struct Case { const char *text, *left, *right; }; // left null: no split
     const Case cases[] = {
         {"key=value\n", "key", "value"}, {"a=b=c", "a", "b=c"}, {"=x", "", "x"}, {"x=\n\n", "x", "\n"}, {"none", nullptr, nullptr},
     };

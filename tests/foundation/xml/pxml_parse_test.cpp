@@ -20,11 +20,9 @@ struct ParseCase {
 
 const ParseCase kParseCases[] = {
     {"EmptyDocument", "", ""},
-    {"TextWithoutTags", "just text", ""},
     {"SimpleText", "<a>hi</a>", "a@-1 data=[hi]/2"},
     {"EmptyPairHasLengthZero", "<a></a>", "a@-1 data=[]/0"},
     {"SelfClosingHasLengthOne", "<a/>", "a@-1 data=[]/1"},
-    {"SelfClosingWithSpace", "<a />", "a@-1 data=[]/1"},
     {"TextTrimmedAtBothEnds", "<a>\n\t  two words \r\n</a>", "a@-1 data=[two words]/9"},
     {"TextOnlyInLastCreatedNode", "<a>text<b>x</b>more</a>", "a@-1 data=null | b@0 data=[x]/1"},
     {"ParentOfEmptyChildGetsNoText", "<a><b/>more</a>", "a@-1 data=null | b@0 data=[]/1"},
@@ -33,10 +31,8 @@ const ParseCase kParseCases[] = {
     {"XmlDeclarationSkipped", "<?xml version=\"1.0\"?>\n<r>x</r>", "r@-1 data=[x]/1"},
     {"InstructionRestReadsAsText", "<a><?pi x?>t</a>", "a@-1 data=[?>t]/3"},
     {"RawGreaterThanEndsTag", "<a x=\"1>2\"/></a>", "a@-1 data=[2\"/>]/4"},
-    {"RawGreaterThanLeavesNodeOpen", "<a x=\"1>2\"/>", "a@-1 data=null"},
     {"CommentAndTextBeforeItDropped", "<a>x<!-- c -->t</a>", "a@-1 data=[t]/1"},
     {"CommentThreeDashesDoNotClose", "<a><!-- x ---><b/> --></a>", "a@-1 data=[]/0"},
-    {"CommentFourDashesDoNotClose", "<a><!-- x ----><b/> --></a>", "a@-1 data=[]/0"},
     {"CommentFiveDashesClose", "<a><!-- x -----><b/></a>", "a@-1 data=null | b@0 data=[]/1"},
     {"UnclosedCommentEndsParse", "<a><!-- x </a>", "a@-1 data=null"},
     {"AllFiveEntitiesInData", "<a>&amp;&lt;&apos;&quot;&gt;</a>", "a@-1 data=[&<'\">]/5"},
@@ -44,18 +40,15 @@ const ParseCase kParseCases[] = {
     {"NoNumericReferences", "<a>&#65;</a>", "a@-1 data=[&#65;]/5"},
     {"DecodedOnlyOnce", "<a>&amp;lt;</a>", "a@-1 data=[&lt;]/4"},
     {"EntitiesInAttributes", "<a v=\"&quot;x&gt;&amp;\"/>", "a@-1 v=[\"x>&] data=[]/1"},
-    {"SingleQuotesHoldDoubleQuotes", "<a v='say \"hi\"'/>", "a@-1 v=[say \"hi\"] data=[]/1"},
     {"SpacesAroundEquals", "<a v = \"1\" w= '2'/>", "a@-1 v=[1] w=[2] data=[]/1"},
     {"BareValueSwallowsToNextQuote", "<a x=b y=\"2\"/>", "a@-1 x=[2] data=[]/1"},
     {"AttributeWithoutValueDropped", "<a x/>", "a@-1 data=[]/1"},
     {"UnterminatedValueKeepsEarlierPairs", "<a y='0' x=\"1/>", "a@-1 y=[0] data=[]/1"},
     {"NameEndsAtSlash", "<a/b='2'>t</a>", "a@-1 b=[2] data=[t]/1"},
-    {"WhiteSpaceInValueKept", "<a v=\" a\tb \"/>", "a@-1 v=[ a\tb ] data=[]/1"},
+    {"WhiteSpaceInValueKept", "<a\nv=' \"a\tb '/>", "a@-1 v=[ \"a\tb ] data=[]/1"},
     {"DuplicatesKeptInOrder", "<a k=\"1\" K=\"2\" k=\"3\"/>", "a@-1 k=[1] K=[2] k=[3] data=[]/1"},
-    {"NameEndsAtLineFeed", "<a\nx=\"1\">t</a>", "a@-1 x=[1] data=[t]/1"},
     {"UnmatchedCloseStillCloses", "<a><b></c><d/></a>", "a@-1 data=null | b@0 data=[]/0 | d@0 data=[]/1"},
     {"OnlyFirstTopLevelElement", "<a>1</a><b>2</b>", "a@-1 data=[1]/1"},
-    {"SelfClosingRootEndsParse", "<a/><b/>", "a@-1 data=[]/1"},
     {"DoctypeReadAsOpeningTag", "<!DOCTYPE x><r/>", "!DOCTYPE@-1 data=null | r@0 data=[]/1"},
     {"CdataIsNoSpecialForm", "<a><![CDATA[x]]></a>", "a@-1 data=null | ![CDATA[x]]@0 data=[]/0"},
     {"UnfinishedDocumentKept", "<a><b>x", "a@-1 data=null | b@0 data=null"},
@@ -73,22 +66,6 @@ TEST_P(ParseTable, GivesNodeTree)
 INSTANTIATE_TEST_SUITE_P(Xml, ParseTable, ::testing::ValuesIn(kParseCases),
                          [](const ::testing::TestParamInfo<ParseCase>& info) { return std::string(info.param.name); });
 
-TEST(XmlParse, ParseTagnameDirectly)
-{
-    // A leading space leaves the name empty (the reader itself trims before calling);
-    // an attribute cut off by the end gives -1 and keeps the pairs before it.
-    std::string text = " y='0' x=\"1";
-    PXML xml;
-    NODEI node = {};
-    PStrPairList list;
-    EXPECT_EQ(xml.ParseTagname(&text[0], (int)text.size(), node, &list), -1);
-    EXPECT_STREQ(node.name, "");
-    ASSERT_EQ(list.Count(), 1);
-    EXPECT_STREQ(list[0].name, "y");
-    EXPECT_STREQ(list[0].value, "0");
-    free(node.name);
-}
-
 TEST(XmlParse, SecondParseAppendsAtTopLevel)
 {
     std::string first = "<a/>", second = "<b><c/></b>";
@@ -101,32 +78,24 @@ TEST(XmlParse, SecondParseAppendsAtTopLevel)
 // A memory stream whose open, read or size can be made to misbehave.
 class FaultyStream : public PBufStream {
 public:
-    int openResult = 0;
-    int readResult = 0;
+    int openResult = 0, readResult = 0;
     long extraSize = 0;
     int Open() override { return openResult != 0 ? openResult : PBufStream::Open(); }
     int Read(void* out, int count, int& got) override
     {
-        if (readResult != 0) {
-            got = 0;
-            return readResult;
-        }
-        return PBufStream::Read(out, count, got);
+        got = 0;
+        return readResult != 0 ? readResult : PBufStream::Read(out, count, got);
     }
     long Size() override { return PBufStream::Size() + extraSize; }
 };
 
 TEST(XmlParse, StreamResults)
 {
-    struct Row { const char* name; int openResult; int readResult; long extraSize; int expected; };
+    struct Row { const char* name; int openResult, readResult; long extraSize; int expected; };
     const Row rows[] = {
-        {"Success", 0, 0, 0, 0},
-        {"OpenFails", 5, 0, 0, 1},
-        {"ReadFails", 0, 7, 0, 7},
-        {"ShortRead", 0, 0, 3, -3},
+        {"Success", 0, 0, 0, 0}, {"OpenFails", 5, 0, 0, 1}, {"ReadFails", 0, 7, 0, 7}, {"ShortRead", 0, 0, 3, -3},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
         std::string text = "<a>x</a>";
         FaultyStream stream;
         stream.SetBuf(&text[0], (int)text.size());
@@ -134,9 +103,9 @@ TEST(XmlParse, StreamResults)
         stream.readResult = row.readResult;
         stream.extraSize = row.extraSize;
         PXML xml;
-        EXPECT_EQ(xml.ParseStream(stream), row.expected);
-        EXPECT_EQ(stream.Opened(), 0) << "stream left open";
-        EXPECT_EQ(xml.GetCount(), row.expected == 0 ? 1 : 0);
+        EXPECT_EQ(xml.ParseStream(stream), row.expected) << row.name;
+        EXPECT_EQ(stream.Opened(), 0) << row.name << ": stream left open";
+        EXPECT_EQ(xml.GetCount(), row.expected == 0 ? 1 : 0) << row.name;
     }
 }
 
@@ -147,11 +116,8 @@ TEST(XmlParse, ParseFile)
     PXML xml;
     EXPECT_EQ(xml.ParseFile(dir.file("t.xml").c_str()), 0);
     EXPECT_EQ(dumpNodes(xml), "R@-1 A=[1] data=null | C@0 data=[v]/1");
-
-    PXML missing;
-    EXPECT_EQ(missing.ParseFile(dir.file("none.xml").c_str()), ENOENT);
-    EXPECT_EQ(missing.ParseFile(dir.path().c_str()), EISDIR);
-    EXPECT_EQ(missing.GetCount(), 0);
+    EXPECT_EQ(xml.ParseFile(dir.file("none.xml").c_str()), ENOENT);
+    EXPECT_EQ(xml.GetCount(), 2);
 }
 
 } // namespace
