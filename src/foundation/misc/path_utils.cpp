@@ -74,21 +74,15 @@ CharString uniCanonicalPath(const char* path)
 CharString uniGetFileDir(const char* path)
 {
     CharString canonical = uniCanonicalPath(path);
-    const char* text = canonical.c_str();
-    const char* slash = strrchr(text, '/');
-    if (!slash)
-        return canonical;
-    return CharString(text, static_cast<int>(slash - text));
+    const char* slash = strrchr(canonical.c_str(), '/');
+    return slash ? CharString(canonical.c_str(), static_cast<int>(slash - canonical.c_str())) : canonical;
 }
 
 CharString uniGetFilenameFromPath(const char* path)
 {
     CharString canonical = uniCanonicalPath(path);
-    const char* text = canonical.c_str();
-    const char* slash = strrchr(text, '/');
-    if (!slash)
-        return canonical;
-    return CharString(slash + 1);
+    const char* slash = strrchr(canonical.c_str(), '/');
+    return slash ? CharString(slash + 1) : canonical;
 }
 
 int uniFixPathDelimiters(char* path, char slash)
