@@ -93,7 +93,6 @@ TEST(LauncherRun, QuietOptions)
         bool quiet;
     };
     const Case cases[] = {
-        {{}, false},
         {{"-quiet"}, true},
         {{"-quietly"}, true},
         {{"-quiet=x"}, true},
