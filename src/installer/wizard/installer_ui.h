@@ -5,8 +5,9 @@
 // long work runs inside them, so a front end stays alive through Idle and the progress
 // calls. The engine doesn't own the front end.
 //
-// StartUI is the one operation every front end must write; the others have bodies that do
-// nothing (and give 0, false, or true for MessageBox as a quiet front end would).
+// Every operation has a body that does nothing (and gives 0, false, or true for MessageBox
+// as a quiet front end would), so that a front end writes only what it shows; a real one
+// writes StartUI at least.
 #include "installer/wizard/exchange_enums.h"
 
 class InstallerUI {
@@ -23,7 +24,7 @@ public:
 
     // Runs the wizard; called once as the last step of the engine's start. Gives the run's
     // result.
-    virtual int StartUI() = 0;
+    virtual int StartUI() { return 0; }
     // Closing words, right after StartUI; gives 0.
     virtual int EndUI() { return 0; }
     // Builds dialog `dlg` (after NBeginDialog).

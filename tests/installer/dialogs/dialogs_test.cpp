@@ -222,11 +222,7 @@ TEST_F(FullTemplate, TasksAndSubDialogs)
     EXPECT_STREQ("Register", engine().GetDialogInfo(3, 3)->name);
     EXPECT_EQ(nullptr, engine().GetDialogInfo(3, 4));
     EXPECT_EQ(nullptr, engine().GetTaskInfo(3, 5));
-
-    // Item getters: sub -1 is the dialog itself, 0 or more a sub-dialog.
-    EXPECT_EQ(CTRL_TASK_LB, engine().GetDlgItem(3, 0, -1)->type);
-    EXPECT_EQ(CTRL_LIST, engine().GetDlgItem(3, 0, 0)->type);
-    EXPECT_EQ(nullptr, engine().GetDlgItem(3, 0, 9));
+    EXPECT_EQ(nullptr, engine().GetDlgItem(3, 0, 9));  // no such sub-dialog
 }
 
 TEST(Dialogs, UninstallSectionAndSampleProduct)
@@ -271,9 +267,6 @@ TEST(Dialogs, MalformedElementsCostAWarningAtMost)
          "ERROR: Could NOT find <TaskList> tag! (parent: A)\r\n"},
         {"no sub-dialogs", "<Dialogs><A/><B Special='HasSubDialogs'><TaskList><X/></TaskList></B></Dialogs>",
          -1, 1, "ERROR: Could NOT find <SubDialogs> tag! (parent: B)\r\n"},
-        {"cut off inside a button", "<Dialogs><A><Button x='1' y='2'>Go", 0, 1, nullptr},
-        {"attribute without closing quote", "<Dialogs><A w='300 h='2'><Text x='1' y='1'>t</Text></A></Dialogs>",
-         0, 1, nullptr},
         {"numbers that aren't", "<Dialogs><A w='wide'><Text x='left' y=''>t</Text>"
                                 "<Button x='a' y='b' w='' DialogShift='x'>B</Button></A></Dialogs>",
          0, 1, nullptr},
