@@ -59,18 +59,20 @@ TEST(TemplateAccessors, ReadTagsAsTemplatesWriteThem)
 
 TEST(TemplateAccessors, TitleFallbacks)
 {
+    const char* const nameAndVersion = "<Fullname>Name</Fullname><MajorVersion>1</MajorVersion>"
+                                       "<MinorVersion>2</MinorVersion><MinestVersion>3</MinestVersion>";
     struct Case {
         const char* label;
         const char* productDesc;
+        int size;
         int result;
         const char* title;
     } cases[] = {
-        {"name and version", "<Fullname>Name</Fullname><MajorVersion>1</MajorVersion>"
-                             "<MinorVersion>2</MinorVersion><MinestVersion>3</MinestVersion>",
-         0, "Name - ver. 1.2.3"},
-        {"unset variable stays as text", "<Title>[X]</Title><Fullname>Name</Fullname>", 0, "[X]"},
-        {"empty title is no title", "<Title></Title><Fullname>Name</Fullname>", 0, "Name"},
-        {"no name at all", "<MajorVersion>1</MajorVersion>", -1, "Unknown title"},
+        {"name and version", nameAndVersion, 200, 0, "Name - ver. 1.2.3"},
+        {"as far as the buffer holds", nameAndVersion, 12, 0, "Name - ver."},
+        {"unset variable stays as text", "<Title>[X]</Title><Fullname>Name</Fullname>", 200, 0, "[X]"},
+        {"empty title is no title", "<Title></Title><Fullname>Name</Fullname>", 200, 0, "Name"},
+        {"no name at all", "<MajorVersion>1</MajorVersion>", 200, -1, "Unknown title"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
@@ -78,17 +80,9 @@ TEST(TemplateAccessors, TitleFallbacks)
         t.loadText(std::string("<QuilbGroupInstallation><ProductDesc>") + c.productDesc +
                    "</ProductDesc></QuilbGroupInstallation>");
         char buffer[200];
-        EXPECT_EQ(c.result, t.installer->GetAppTitle(buffer, sizeof(buffer)));
+        EXPECT_EQ(c.result, t.installer->GetAppTitle(buffer, c.size));
         EXPECT_STREQ(c.title, buffer);
     }
-
-    LoadedTemplate small;
-    small.loadText("<QuilbGroupInstallation><ProductDesc><Fullname>Name</Fullname><MajorVersion>1"
-                   "</MajorVersion><MinorVersion>2</MinorVersion><MinestVersion>3</MinestVersion>"
-                   "</ProductDesc></QuilbGroupInstallation>");
-    char cut[12];
-    EXPECT_EQ(0, small.installer->GetAppTitle(cut, sizeof(cut)));
-    EXPECT_STREQ("Name - ver.", cut);
 }
 
 TEST(TemplateAccessors, AbortMessageFollowsTheState)
