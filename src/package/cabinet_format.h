@@ -40,6 +40,12 @@ constexpr int kCabinetAliasSize = 276;
 // Longest alias that the engine's file tables can hold.
 constexpr int kCabinetMaxAliasLength = 258;
 
+// A little-endian u32 of the file formats.
+inline uint32_t readLittleU32(const unsigned char* p)
+{
+    return uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) | (uint32_t(p[3]) << 24);
+}
+
 #pragma pack(push, 1)
 // One file record in memory: where its header stands in the record stream, then the
 // 616-byte header copied whole.

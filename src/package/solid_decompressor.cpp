@@ -1,6 +1,7 @@
 #include "package/solid_decompressor.h"
 
 #include "foundation/streams/pconsole.h"
+#include "package/cabinet_format.h"
 #include "package/integrity_trailer.h"
 #include "package/large_block.h"
 
@@ -45,11 +46,6 @@ bool rangesOverlap(int64_t a, int64_t s, int64_t b, int64_t t)
 {
     return inRange(a, b, t) || inRange(wrapSub(wrapAdd(a, s), 1), b, t) || inRange(b, a, s)
         || inRange(wrapSub(wrapAdd(b, t), 1), a, s);
-}
-
-uint32_t readU32(const unsigned char* p)
-{
-    return uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) | (uint32_t(p[3]) << 24);
 }
 
 int64_t readI64(const unsigned char* p)
@@ -248,8 +244,8 @@ int ZlibSolidDecompressor::decompressData(const unsigned char* data, long size, 
     long got = 0;
     in.read(header, kSolidHeaderSize, got);
 
-    uint32_t date = readU32(header + 12);
-    int32_t count = static_cast<int32_t>(readU32(header + 16));
+    uint32_t date = readLittleU32(header + 12);
+    int32_t count = static_cast<int32_t>(readLittleU32(header + 16));
     if (date != kSolidFormatDate || count < 1 || count > kSolidMaxChunks)
         return -21;
 
@@ -298,9 +294,9 @@ SolidDecompressor* getSolidDecompressor(const unsigned char* data)
     allSolidDecompressors[0] = "SupportsSolid64bitSizeZlib";
     if (!data || std::memcmp(data, kSolidMagic, sizeof(kSolidMagic)) != 0)
         return nullptr;
-    if (readU32(data + 8) != kSolidVersion || readU32(data + 12) != kSolidFormatDate)
+    if (readLittleU32(data + 8) != kSolidVersion || readLittleU32(data + 12) != kSolidFormatDate)
         return nullptr;
-    int32_t count = static_cast<int32_t>(readU32(data + 16));
+    int32_t count = static_cast<int32_t>(readLittleU32(data + 16));
     if (count < 1 || count > kSolidMaxChunks)
         return nullptr;
     return new ZlibSolidDecompressor;

@@ -17,11 +17,6 @@
 
 namespace {
 
-uint32_t readU32(const unsigned char* p)
-{
-    return uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) | (uint32_t(p[3]) << 24);
-}
-
 // The allocation of the compressed cabinet: a negative size (an offset beyond the end of
 // the file) fails like an impossible size, as std::bad_alloc.
 unsigned char* allocateCabinet(int size)
@@ -40,7 +35,7 @@ int checkMagicWords(const unsigned char* data, long size)
 {
     const uint32_t words[3] = {kCabinetMagic1, kCabinetMagic2, kCabinetMagic3};
     for (int i = 0; i < 3; ++i) {
-        if (size < 4 * (i + 1) || readU32(data + 4 * i) != words[i])
+        if (size < 4 * (i + 1) || readLittleU32(data + 4 * i) != words[i])
             return -5 - i;
     }
     return 0;
@@ -158,7 +153,7 @@ int Installer::Init(const char* path, int offset, unsigned int flags)
         bool fits = place <= static_cast<uint64_t>(blockSize)
                  && static_cast<uint64_t>(blockSize) - place >= static_cast<uint64_t>(kCabinetRecordHeaderSize);
         if (fits)
-            tag = readU32(cabinetData + place);
+            tag = readLittleU32(cabinetData + place);
         if (fits && tag == kCabinetEndTag)
             break;
         if (!fits || tag != kCabinetFileTag) {
