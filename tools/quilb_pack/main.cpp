@@ -24,10 +24,10 @@ const char* const usageText =
     "                       [--file-list FILE] [--add ALIAS=FILE]... [options] -o OUTPUT\n"
     "\n"
     "package    packs the install template (as alias \"install.xml\") and every file named by an\n"
-    "           FN element inside a FileSet. An FN's text is the file's path below BASEDIR\n"
-    "           (default: the template's directory); its alias is the Alias attribute, or the\n"
-    "           path with every '/', '\\' and ':' taken out. A missing file is an error unless\n"
-    "           the FN has OkIfMissing.\n"
+    "           FN element inside a FileSet. An FN's text is the file's path; a relative one\n"
+    "           starts from BASEDIR (default: the template's directory). Its alias is the Alias\n"
+    "           attribute, or the path with every '/', '\\' and ':' taken out. A missing file\n"
+    "           is an error unless the FN has OkIfMissing.\n"
     "installer  writes the launcher with the package behind it: the launcher's file list\n"
     "           (alias \"install.xml\"), the front ends, the product package (alias \"binary\")\n"
     "           and the integrity trailer. The output is made executable.\n"
@@ -35,7 +35,7 @@ const char* const usageText =
     "Options:\n"
     "  -o, --output FILE      file to write; it is replaced whole or not at all\n"
     "  -t, --template FILE    install template of the product\n"
-    "  -b, --base DIR         directory the FN paths are relative to\n"
+    "  -b, --base DIR         directory relative FN paths start from\n"
     "  -p, --package FILE     a package made earlier by \"quilb_pack package\"\n"
     "  --add ALIAS=FILE       one more file, packed after the others (may be repeated)\n"
     "  --launcher FILE        launcher image (default: \"launcher\" beside quilb_pack)\n"
@@ -218,7 +218,7 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
         PackItem item;
         item.alias = file.hasAlias ? file.alias : derivedAlias(file.text);
         item.name = baseName(file.text);
-        item.sourcePath = base + "/" + file.text;
+        item.sourcePath = file.text[0] == '/' ? file.text : base + "/" + file.text;
         if (!fileExists(item.sourcePath)) {
             if (file.okIfMissing) {
                 std::fprintf(stderr, "quilb_pack: note: '%s' is missing and left out (OkIfMissing)\n",
@@ -235,7 +235,7 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
             items.push_back({extra.first, baseName(extra.second), extra.second, false, ""});
     PackItem templateItem;
     templateItem.alias = "install.xml";
-    templateItem.name = "install.xml";
+    templateItem.name = baseName(options.templatePath);
     templateItem.inMemory = true;
     templateItem.content = xml;
     for (const PackItem& item : items)
@@ -280,7 +280,19 @@ int runPackage(const Options& options)
 
 int runInstaller(const Options& options)
 {
+    if (options.packagePath.empty() && options.templatePath.empty() && options.fileListPath.empty())
+        return fail("no product given: name a package (-p) or a template (-t)");
     std::string error;
+    // The launcher image first: a wrong one fails before anything is compressed.
+    std::string launcherPath = options.launcherPath.empty() ? ownDirectory() + "/launcher" : options.launcherPath;
+    std::string launcher;
+    if (!readWholeFile(launcherPath, launcher, error))
+        return fail("can't read the launcher image '" + launcherPath + "': " + error);
+    size_t offsetWordAt = 0;
+    PackError imageError = checkLauncherImage(launcher, offsetWordAt);
+    if (imageError)
+        return fail(imageError.message);
+
     // The product package: given, or made here from a template.
     std::string package;
     bool havePackage = false;
@@ -296,8 +308,6 @@ int runInstaller(const Options& options)
         if (packError)
             return fail(packError.message);
         havePackage = true;
-    } else if (options.fileListPath.empty()) {
-        return fail("no product given: name a package (-p) or a template (-t)");
     }
 
     std::vector<std::pair<std::string, std::string>> frontEnds = options.frontEnds;
@@ -309,11 +319,6 @@ int runInstaller(const Options& options)
         if (frontEnds.empty() && options.fileListPath.empty())
             std::fprintf(stderr, "quilb_pack: warning: no front-end programs found in '%s'\n", dir.c_str());
     }
-
-    std::string launcherPath = options.launcherPath.empty() ? ownDirectory() + "/launcher" : options.launcherPath;
-    std::string launcher;
-    if (!readWholeFile(launcherPath, launcher, error))
-        return fail("can't read the launcher image '" + launcherPath + "': " + error);
 
     std::vector<PackItem> items;
     std::string fileList;

@@ -8,6 +8,7 @@
 #include <zlib.h>
 
 #include <atomic>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -38,9 +39,18 @@ void putField(std::string& out, const std::string& text, size_t width)
     out += field;
 }
 
-// PNG and JPEG content carries the flag 1 in its record.
-uint32_t fileFlags(const std::string& content, size_t begin)
+// PNG and JPEG files carry the flag 1 in their record: known by the name's extension or
+// by the content's signature.
+uint32_t fileFlags(const std::string& name, const std::string& content, size_t begin)
 {
+    size_t dot = name.rfind('.');
+    if (dot != std::string::npos) {
+        std::string extension = name.substr(dot + 1);
+        for (char& c : extension)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (extension == "png" || extension == "jpg" || extension == "jpeg")
+            return 1;
+    }
     static const unsigned char png[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
     static const unsigned char jpeg[] = {0xFF, 0xD8, 0xFF};
     size_t size = content.size() - begin;
@@ -99,7 +109,7 @@ PackError appendRecord(std::string& stream, const PackItem& item, uint64_t& cont
     MD5Init(&context);
     MD5Update(&context, stream.data() + contentAt, static_cast<unsigned long>(size));
     MD5Final(digest, &context);
-    std::string header = recordHeader(kCabinetFileTag, size, fileFlags(stream, contentAt), digest, item.name, item.alias);
+    std::string header = recordHeader(kCabinetFileTag, size, fileFlags(item.name, stream, contentAt), digest, item.name, item.alias);
     stream.replace(headerAt, header.size(), header);
     contentTotal += size;
     return {};
@@ -207,10 +217,10 @@ const size_t kImageOffsetMarkerSize = 20; // with its NUL
 
 } // namespace
 
-PackError buildInstaller(const std::string& launcherImage, const std::string& package, std::string& installer)
+PackError checkLauncherImage(const std::string& launcherImage, size_t& at)
 {
     const std::string marker(kImageOffsetMarker, kImageOffsetMarkerSize);
-    size_t at = launcherImage.find(marker);
+    at = launcherImage.find(marker);
     if (at == std::string::npos)
         return {"the launcher image holds no offset word (\"" + std::string(kImageOffsetMarker)
                 + "\"); is it a launcher, and not one that already carries a package?"};
@@ -220,6 +230,15 @@ PackError buildInstaller(const std::string& launcherImage, const std::string& pa
                 + "\") more than once; it can't be patched safely"};
     if (launcherImage.size() >= static_cast<uint64_t>(kMaxPackSize))
         return {tooLarge("the launcher image", static_cast<int64_t>(launcherImage.size()))};
+    return {};
+}
+
+PackError buildInstaller(const std::string& launcherImage, const std::string& package, std::string& installer)
+{
+    size_t at = 0;
+    PackError imageError = checkLauncherImage(launcherImage, at);
+    if (imageError)
+        return imageError;
     uint64_t total = launcherImage.size() + package.size() + kTrailerMarkerV2Length + 16;
     if (total > static_cast<uint64_t>(kMaxPackSize))
         return {tooLarge("the installer", static_cast<int64_t>(total))};

@@ -39,6 +39,10 @@ constexpr int64_t kMaxPackSize = (int64_t(1) << 31) - 1;
 // Builds a complete package of `items` in their order into `out`.
 PackError buildPackage(const std::vector<PackItem>& items, const PackOptions& options, std::string& out);
 
+// Checks that a launcher image can carry a package: it holds the offset word exactly once
+// (`at` receives its place) and stays below 2 GiB.
+PackError checkLauncherImage(const std::string& launcherImage, size_t& at);
+
 // Builds an installer from the launcher image and a package; `installer` receives the
 // whole file, trailer included.
 PackError buildInstaller(const std::string& launcherImage, const std::string& package, std::string& installer);
