@@ -47,12 +47,7 @@ inline std::string mixedBytes(size_t size, uint32_t seed)
     return out;
 }
 
-struct ChunkEntry {
-    int64_t uncompressedOffset;
-    int64_t uncompressedSize;
-    int64_t compressedOffset;
-    int64_t compressedSize;
-};
+using ChunkEntry = StripedThreadInfo;
 
 // Container header and table exactly as given, then `body` (the bytes behind the table).
 inline std::string solidContainer(const std::vector<ChunkEntry>& table, const std::string& body,
