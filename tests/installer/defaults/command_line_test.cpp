@@ -4,7 +4,6 @@
 
 #include "foundation/misc/cl_parser.h"
 #include "installer/navigation/scripted_front_end.h"
-#include "support/paths.h"
 
 using quilbtest::ScriptedUI;
 using quilbtest::TestEngine;
@@ -13,7 +12,7 @@ namespace {
 
 std::string productXml()
 {
-    return quilbtest::readFile(quilbtest::dataDir() + "/installer/defaults/product.xml");
+    return quilbtest::testData("defaults/product.xml");
 }
 
 } // namespace
@@ -45,29 +44,6 @@ TEST(CommandLine, VariableOptionsSetVariables)
         EXPECT_TRUE(!row.madeUp || engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_CONFIG));
         EXPECT_EQ(engine.variables.count, 10 + (row.madeUp ? 1 : 0));  // no record for the rest
     }
-}
-
-TEST(CommandLine, CommandLineOverConfigurationFileOverTemplate)
-{
-    quilbtest::TempDir dir;
-    const std::string config = dir.file("config.xml");
-    ASSERT_TRUE(quilbtest::writeFile(config, "<DefValues><Value Name=\"EDITION\" DataType=\"value\">config</Value>"
-                                             "<Value Name=\"PORT\" DataType=\"value\">9090</Value></DefValues>"));
-    const char* argv[] = {"installer", "-VARIABLE_EDITION=cmd"};
-    CLParser parser(2, argv);
-    TestEngine engine;
-    ScriptedUI ui;
-    engine.configFile = config;
-    engine.InitCmdLineParser(&parser);
-    engine.InitDebugMode(&engine.log, 2);
-    ASSERT_EQ(quilbtest::loadWizard(engine, ui, productXml()), 0);
-    EXPECT_EQ(engine.var("EDITION"), "cmd");
-    EXPECT_EQ(engine.var("PORT"), "9090");
-    EXPECT_EQ(engine.var("SECRET"), "s3cret");
-    // From debug level 2 on, the variables are listed, with a default that differs.
-    EXPECT_TRUE(engine.logged("Installation variables used (10):")) << engine.log.text();
-    EXPECT_TRUE(engine.logged("  [EDITION] = \"cmd\" (config)"));
-    EXPECT_TRUE(engine.logged("  [SECRET] = \"s3cret\""));
 }
 
 TEST(CommandLine, AConfigurationFileThatCantBeUsedStopsTheInstall)
@@ -129,13 +105,23 @@ TEST(ConfigFile, WritesWhatMayBeKeptAndReadsBack)
     EXPECT_FALSE(engine.isVarExcluded("secret", Installer::EXCLUDE_FROM_CONFIG));
     EXPECT_EQ(engine.var("STDROOT_OK"), "1");  // a validation variable starts as valid
 
-    // An unattended repeat with that file gets the same values.
+    // An unattended repeat with that file gets the same values; its command line wins over
+    // the file, the file over the template. From debug level 2 on, the variables are
+    // listed, with a default that differs.
+    const char* repeatArgv[] = {"installer", "-VARIABLE_EDITION=cmd"};
+    CLParser repeatParser(2, repeatArgv);
     TestEngine repeat;
     repeat.configFile = path;
+    repeat.InitCmdLineParser(&repeatParser);
+    repeat.InitDebugMode(&repeat.log, 2);
     ASSERT_EQ(quilbtest::loadWizard(repeat, ui, productXml()), 0);
-    EXPECT_EQ(repeat.var("EDITION"), "a <b> & 'c'");
+    EXPECT_EQ(repeat.var("EDITION"), "cmd");
     EXPECT_EQ(repeat.var("PORT"), "9000");
     EXPECT_EQ(repeat.var("NEITHER"), "");
+    EXPECT_EQ(repeat.var("SECRET"), "s3cret");
+    EXPECT_TRUE(repeat.logged("Installation variables used (10):")) << repeat.log.text();
+    EXPECT_TRUE(repeat.logged("  [EDITION] = \"cmd\" (a <b> & 'c')"));
+    EXPECT_TRUE(repeat.logged("  [SECRET] = \"s3cret\""));
 
     EXPECT_EQ(engine.CreateConfigFile(nullptr), -1);
     EXPECT_EQ(engine.CreateConfigFile(dir.file("no/such/dir/config.xml").c_str()), -1);

@@ -6,7 +6,6 @@
 
 #include "foundation/misc/cl_parser.h"
 #include "installer/navigation/scripted_front_end.h"
-#include "support/paths.h"
 
 using quilbtest::TestEngine;
 
@@ -39,8 +38,7 @@ TEST(DefaultValues, EachKindOfElement)
 
     struct Row { const char* name; std::string values; std::vector<Expect> expect; const char* logLine; };
     const Row rows[] = {
-        {"value", value("A", "abc"), {{"A", "abc", "abc"}}, nullptr},
-        {"the type keyword is a prefix, any case", R"(<Value Name="A" DataType="VALUEs">abc</Value>)", {{"A", "abc", "abc"}}, nullptr},
+        {"value; the type keyword is a prefix, any case", R"(<Value Name="A" DataType="VALUEs">abc</Value>)", {{"A", "abc", "abc"}}, nullptr},
         {"value expands $ references", value("R", "/opt") + value("P", "$R/app"), {{"P", "/opt/app", "/opt/app"}}, nullptr},
         {"a later variable is still empty", value("P", "$R/app") + value("R", "/opt"), {{"P", "/app", nullptr}}, nullptr},
         {"so is it in a condition", value("A", "early", " Condition=\"'[B]'==''\"") + value("B", "x"), {{"A", "early", nullptr}}, nullptr},

@@ -3,21 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "installer/navigation/scripted_front_end.h"
-#include "support/paths.h"
 
 using quilbtest::ScriptedUI;
+using quilbtest::startOnWelcome;
 using quilbtest::TestEngine;
 
 namespace {
-
-void startOnWelcome(TestEngine& engine, ScriptedUI& ui)
-{
-    std::string xml = quilbtest::readFile(quilbtest::dataDir() + "/installer/navigation/wizard.xml");
-    ASSERT_EQ(quilbtest::loadWizard(engine, ui, xml), 0);
-    engine.EvSetDlg(0, &ui);
-    engine.SetVar("TRACE", "");
-    ui.calls.clear();
-}
 
 TRIGGER_INFO trigger(int type, const char* variable, const std::string& value, const char* condition = "",
                      int evaluation = TRIGGER_ON_SET)
@@ -52,7 +43,7 @@ TEST(Controls, ButtonActionWordsRunInOrder)
         ScriptedUI ui;
         startOnWelcome(engine, ui);
         engine.SetVar("X", "0");
-        ui.cancelAnswers = {row.confirm};
+        ui.confirmCancel = row.confirm;
         engine.PerformButtonAction(&ui, row.action);
         EXPECT_EQ(engine.var("X"), row.x);
         EXPECT_EQ(engine.GetStateCancel(), row.cancelled);
@@ -132,7 +123,7 @@ TEST(Controls, DialogNeedsUpdateAndTaskLabels)
 {
     TestEngine engine;
     ScriptedUI ui;
-    ASSERT_EQ(quilbtest::loadWizard(engine, ui, quilbtest::readFile(quilbtest::dataDir() + "/installer/navigation/updates.xml")), 0);
+    ASSERT_EQ(quilbtest::loadWizard(engine, ui, quilbtest::testData("navigation/updates.xml")), 0);
     engine.SetVar("ROOT", "/opt");
     engine.SetVarExt("TARGET", "/opt/app", "$ROOT/app", VARFLAG_RECALCULATE, nullptr);
     const struct { const char* name; int dlg, sub, mask; } rows[] = {

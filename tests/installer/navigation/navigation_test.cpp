@@ -3,26 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "installer/navigation/scripted_front_end.h"
-#include "support/paths.h"
 
 using quilbtest::ScriptedUI;
+using quilbtest::startOnWelcome;
 using quilbtest::TestEngine;
 
 namespace {
-
-// Dialogs 0 Welcome, 1 Extra ([SHOW_EXTRA]==1), 2 Licence, 3 Frame with the sub-dialogs
-// Prepare, Options ([CUSTOMIZE]==1) and Copy, 4 Ready (AutoNext on [AUTO_OK]==1), 5 Finish
-// ([END_OK]==1). Each adds "|<letter>+" to TRACE on entering and "|<letter>-" on leaving.
-void startOnWelcome(TestEngine& engine, ScriptedUI& ui, const std::map<std::string, std::string>& vars = {})
-{
-    ASSERT_EQ(quilbtest::loadWizard(engine, ui, quilbtest::readFile(quilbtest::dataDir() +
-                                                                    "/installer/navigation/wizard.xml")),
-              0);
-    for (const auto& var : vars)
-        engine.SetVar(var.first.c_str(), var.second.c_str());
-    engine.EvSetDlg(engine.GetCurDlg(), &ui);
-    ui.calls.clear();
-}
 
 void walk(TestEngine& engine, ScriptedUI& ui, const std::vector<int>& shifts)
 {
@@ -76,7 +62,7 @@ TEST(Navigation, EnteringTellsTheFrontEndInOrder)
 {
     TestEngine engine;
     ScriptedUI ui;
-    ASSERT_EQ(quilbtest::loadWizard(engine, ui, quilbtest::readFile(quilbtest::dataDir() + "/installer/navigation/wizard.xml")), 0);
+    ASSERT_EQ(quilbtest::loadWizard(engine, ui, quilbtest::testData("navigation/wizard.xml")), 0);
     // The first entry finds dialog 0 current: it is left (its End triggers: "iconize")
     // before it is entered (its Set triggers: "show").
     EXPECT_EQ(engine.EvSetDlg(0, &ui), 0);

@@ -7,7 +7,6 @@
 // applications, action sequences, earlier installations, the configuration file name)
 // from what a test sets up, and logs to a memory console without decorations.
 #include <cstring>
-#include <deque>
 #include <functional>
 #include <map>
 #include <string>
@@ -17,6 +16,7 @@
 #include "foundation/strings/bounded_copy.h"
 #include "installer/installer.h"
 #include "installer/model/dialog_conditions.h"
+#include "support/paths.h"
 
 namespace quilbtest {
 
@@ -24,7 +24,7 @@ class ScriptedUI : public InstallerUI {
 public:
     std::vector<std::string> calls;
     std::function<int()> script;     // the body of StartUI; none gives 0
-    std::deque<bool> cancelAnswers;  // of ConfirmCancel, in order; then false
+    bool confirmCancel = false;      // the answer of ConfirmCancel
     bool gui = false;
 
     int StartUI() override { return add("StartUI"), script ? script() : 0; }
@@ -50,14 +50,7 @@ public:
     {
         add(std::string("SetTask(") + name + "," + label + "," + std::to_string(status) + ")");
     }
-    bool ConfirmCancel() override
-    {
-        add("ConfirmCancel");
-        bool answer = !cancelAnswers.empty() && cancelAnswers.front();
-        if (!cancelAnswers.empty())
-            cancelAnswers.pop_front();
-        return answer;
-    }
+    bool ConfirmCancel() override { return add("ConfirmCancel"), confirmCancel; }
 
     // The recorded calls that begin with one of `prefixes`, joined by blanks.
     std::string only(std::initializer_list<const char*> prefixes) const
@@ -138,6 +131,12 @@ public:
     }
 };
 
+// The text of the test file `name` below the installer's test data.
+inline std::string testData(const std::string& name)
+{
+    return readFile(dataDir() + "/installer/" + name);
+}
+
 // Puts `xml` into the engine's cabinet as the file "install.xml" of a solid package.
 inline void putTemplateInCabinet(Installer& engine, const std::string& xml)
 {
@@ -159,6 +158,21 @@ inline int loadWizard(TestEngine& engine, ScriptedUI& ui, const std::string& xml
     int result = engine.RunInstallerUI(&ui, nullptr);
     ui.calls.clear();
     return result;
+}
+
+// Starts the wizard of navigation/wizard.xml on its first dialog, with `vars` set before
+// it is entered; TRACE and the calls of the start are emptied. Its dialogs: 0 Welcome,
+// 1 Extra ([SHOW_EXTRA]==1), 2 Licence, 3 Frame with the sub-dialogs Prepare, Options
+// ([CUSTOMIZE]==1) and Copy, 4 Ready (AutoNext on [AUTO_OK]==1), 5 Finish ([END_OK]==1).
+// Each adds "|<letter>+" to TRACE on entering and "|<letter>-" on leaving.
+inline void startOnWelcome(TestEngine& engine, ScriptedUI& ui, const std::map<std::string, std::string>& vars = {})
+{
+    loadWizard(engine, ui, testData("navigation/wizard.xml"));
+    for (const auto& var : vars)
+        engine.SetVar(var.first.c_str(), var.second.c_str());
+    engine.EvSetDlg(engine.GetCurDlg(), &ui);
+    engine.SetVar("TRACE", "");
+    ui.calls.clear();
 }
 
 // A condition object that answers from a list, the last answer repeating.
