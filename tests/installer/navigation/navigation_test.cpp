@@ -92,6 +92,15 @@ TEST(Navigation, EnteringTellsTheFrontEndInOrder)
     EXPECT_EQ(ui.only({"SetTask("}), "SetTask(Prepare,Prepared,2) SetTask(Options,Choosing options,1) SetTask(Options,Choosing options,2) "
                                      "SetTask(Copy,Copying,1) SetTask(Copy,Copying,0) SetTask(Options,Options,4) "
                                      "SetTask(Prepare,Preparing,1) SetTask(Prepare,Prepared,3) SetTask(Copy,Copying,1)");
+
+    // A Busy dialog is shown in state 5 and runs its DlgEval triggers, then is idle again;
+    // with its AutoCondition false it stands.
+    ui.exchange = &engine;
+    ui.calls.clear();
+    EXPECT_EQ(engine.EvNext(&ui, 1), 0);
+    EXPECT_EQ(ui.only({"UpdateValidation", "ShowUIElements", "ManageWindow"}),
+              "UpdateValidation(4,-1,5) ShowUIElements(4,-1,1) ManageWindow(4) UpdateValidation(4,-1,0)");
+    EXPECT_EQ(std::make_pair(engine.GetCurDlg(), engine.GetStateSettings()), std::make_pair(4, SETTING_IDLE));
 }
 
 TEST(Navigation, ConditionObjectsHoldTheWizard)

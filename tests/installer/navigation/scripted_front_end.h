@@ -26,6 +26,7 @@ public:
     std::function<int()> script;     // the body of StartUI; none gives 0
     bool confirmCancel = false;      // the answer of ConfirmCancel
     bool gui = false;
+    InstallExchangeInfo* exchange = nullptr;  // when set, UpdateValidation records its state
 
     int StartUI() override { return add("StartUI"), script ? script() : 0; }
     int EndUI() override { return add("EndUI"), 0; }
@@ -33,6 +34,7 @@ public:
     void SetSubDlg(int d, int s) override { add("SetSubDlg", {d, s}); }
     void UpdateSubDlg(int d, int s, int mask, bool force) override { add("UpdateSubDlg", {d, s, mask, force}); }
     void ShowUIElements(int d, int s, bool show) override { add("ShowUIElements", {d, s, show}); }
+    void UpdateValidation(int d, int s) override { add("UpdateValidation", {d, s, exchange ? exchange->GetStateSettings() : -1}); }
     void NBeginDialog(int d) override { add("NBeginDialog", {d}); }
     void NBeginSubDialog(int d, int s) override { add("NBeginSubDialog", {d, s}); }
     void NEndDialog(int d) override { add("NEndDialog", {d}); }
