@@ -49,16 +49,6 @@ Outcome decompress(const std::string& container)
     return result;
 }
 
-// The last line of a log, without its "\r\n".
-std::string lastLine(const std::string& log)
-{
-    if (log.size() < 2)
-        return "";
-    size_t end = log.size() - 2;
-    size_t start = log.rfind("\r\n", end - 1);
-    return log.substr(start == std::string::npos ? 0 : start + 2, end - (start == std::string::npos ? 0 : start + 2));
-}
-
 const std::string partA = quilbtest::mixedBytes(3000, 1);
 const std::string partB = quilbtest::mixedBytes(5000, 2);
 const std::string packedA = zlibCompress(partA);
@@ -134,7 +124,7 @@ TEST(SolidDecompressor, FailureCodes)
     for (const Row& row : rows) {
         Outcome outcome = decompress(row.make());
         EXPECT_EQ(outcome.code, row.code) << row.name;
-        EXPECT_EQ(lastLine(outcome.log), row.line) << row.name << "\nlog:\n" << outcome.log;
+        EXPECT_EQ(quilbtest::lastLogLine(outcome.log), row.line) << row.name << "\nlog:\n" << outcome.log;
         // Nothing large may be allocated before the table has passed every test.
         if (row.code > -26) {
             EXPECT_EQ(outcome.log.find("Allocating"), std::string::npos) << row.name;

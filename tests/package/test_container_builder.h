@@ -99,17 +99,23 @@ inline std::string recordHeader(uint32_t tag, uint64_t size, uint64_t storedSize
     putU64(out, storedSize);
     putU32(out, 0);
     out += md5 ? std::string(reinterpret_cast<const char*>(md5), 16) : std::string(16, '\0');
-    std::string field(kCabinetNameSize, '\0');
-    std::memcpy(&field[0], name.data(), name.size());
-    out += field;
-    field.assign(kCabinetAliasSize, '\0');
-    std::memcpy(&field[0], alias.data(), alias.size());
-    return out + field;
+    out += name + std::string(kCabinetNameSize - name.size(), '\0');
+    return out + alias + std::string(kCabinetAliasSize - alias.size(), '\0');
 }
 
 inline std::string endRecord()
 {
     return recordHeader(kCabinetEndTag, 0, 0, "", "");
+}
+
+// The last line of a log, without its "\r\n"; empty for an empty log.
+inline std::string lastLogLine(const std::string& log)
+{
+    if (log.size() < 2)
+        return "";
+    size_t start = log.rfind("\r\n", log.size() - 3);
+    start = start == std::string::npos ? 0 : start + 2;
+    return log.substr(start, log.size() - 2 - start);
 }
 
 struct PackedFile {
