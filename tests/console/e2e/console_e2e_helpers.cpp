@@ -43,7 +43,8 @@ std::string runLine(const std::string& program, const std::vector<std::string>& 
         size_t equals = setting.find('=');
         line += setting.substr(0, equals) + "=" + shellQuote(setting.substr(equals + 1)) + " ";
     }
-    line += commandOf(program, args);
+    // A wizard that waits for ever must not hang the tests.
+    line += "timeout -k 5 60 " + commandOf(program, args);
     if (input.empty())
         line += " </dev/null";
     return line;
@@ -65,14 +66,15 @@ Products buildProducts(const std::string& dir)
     std::string notes = sourceDir() + "/examples/quilb-notes";
     made.promptsPackage = dir + "/prompts.ibin";
     made.notesPackage = dir + "/notes.ibin";
-    std::vector<std::string> prompts = {"package", "-t", data + "/prompts.xml", "-b", data, "-o", made.promptsPackage};
+    // The engine finds its template by the file name "install.xml".
+    std::vector<std::string> prompts = {"package", "-t", data + "/prompts/install.xml", "-o", made.promptsPackage};
     for (const char* document : {"license.md", "terms.rtf", "plain.md", "extra.md"}) {
         prompts.push_back("--add");
-        prompts.push_back(std::string(document) + "=" + data + "/" + document);
+        prompts.push_back(std::string(document) + "=" + data + "/prompts/" + document);
     }
     pack(prompts, made.failure);
     made.heldPackage = dir + "/held.ibin";
-    pack({"package", "-t", data + "/held.xml", "-b", data, "-o", made.heldPackage}, made.failure);
+    pack({"package", "-t", data + "/held/install.xml", "-o", made.heldPackage}, made.failure);
     pack({"package", "-t", notes + "/install.xml", "-b", notes, "--add", "license.md=" + notes + "/license.md",
           "-o", made.notesPackage},
          made.failure);

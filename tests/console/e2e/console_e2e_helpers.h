@@ -14,9 +14,9 @@ namespace quilbtest {
 // Packages and installers built once per test program from the test template and from the
 // sample product.
 struct Products {
-    std::string promptsPackage;   // tests/data/console/prompts.xml with its licence
+    std::string promptsPackage;   // tests/data/console/prompts with its documents
     std::string notesPackage;     // examples/quilb-notes
-    std::string heldPackage;      // tests/data/console/held.xml
+    std::string heldPackage;      // tests/data/console/held
     std::string promptsInstaller; // launcher + prompts package; empty without a launcher
     std::string notesInstaller;   // launcher + sample package; empty without a launcher
     std::string failure;          // what went wrong, when something couldn't be built

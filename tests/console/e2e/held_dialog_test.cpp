@@ -4,6 +4,7 @@
 
 #include "support/paths.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -26,6 +27,8 @@ size_t occurrences(const std::string& text, const std::string& word)
 }
 
 // A copy of sleep(1) named quilb_held_app, running for `seconds`; killed when the object dies.
+// It is reaped the moment it ends: a zombie would still be listed as "[quilb_held_app]" and
+// count as running.
 class HeldApp {
 public:
     HeldApp(const std::string& dir, int seconds)
@@ -39,6 +42,12 @@ public:
             execl(path.c_str(), "quilb_held_app", duration.c_str(), static_cast<char*>(nullptr));
             _exit(127);
         }
+        if (pid < 0)
+            return;
+        reaper = std::thread([this] {
+            waitpid(pid, nullptr, 0);
+            ended = true;
+        });
         // Until the copy runs under its own name, the wizard couldn't see it.
         std::string link = "/proc/" + std::to_string(pid) + "/exe";
         for (int i = 0; i < 200; ++i) {
@@ -51,16 +60,18 @@ public:
     }
     ~HeldApp()
     {
-        if (pid > 0) {
+        if (pid > 0 && !ended)
             kill(pid, SIGKILL);
-            waitpid(pid, nullptr, 0);
-        }
+        if (reaper.joinable())
+            reaper.join();
     }
     HeldApp(const HeldApp&) = delete;
     HeldApp& operator=(const HeldApp&) = delete;
 
 private:
     pid_t pid = -1;
+    std::atomic<bool> ended{false};
+    std::thread reaper;
 };
 
 struct HeldRun {
@@ -84,7 +95,7 @@ TEST(HeldDialogTest, TextsComeOnceWhenTheDialogIsEnteredAgain)
          255,
          {"* Quilb Group installer       *", "Welcome to Held Check.\n", "Please close quilb_held_app first.\n",
           "It holds files of Held Check.\n", "There was an error during the (un)installation: -1\n"},
-         {"Held Check is done.", "Automatic installation was successful!"}},
+         {"Held Check is done."}},
         {"held in a quiet run: the texts come on entering again, once",
          {bin, "-auto", "-quiet"},
          30,
