@@ -283,3 +283,41 @@ TEST_F(TerminalTest, AnswersReadFromAPipeInOrder)
         EXPECT_NE(result.output.find("Summary: " + piped.summary + "\n"), std::string::npos) << result.output;
     }
 }
+
+TEST_F(TerminalTest, DocumentsAreWrappedToTheTerminalWidth)
+{
+    // 20 columns leave 18 for the text: the licence's lines fit, both notes must wrap.
+    PtySession session(installerConsole(), withPackage({"-VARIABLE_NOTES=1", "-VARIABLE_EDITION=0"}), work.path(),
+                       24, 20);
+    std::vector<std::string> documents;
+    for (;;) {
+        std::string shown;
+        int which = session.expectOneOf({kLicencePrompt, kPagePrompt, "Target folder", "Summary: "}, &shown);
+        ASSERT_GE(which, 0) << session.transcript();
+        if (which == 3)
+            break;
+        if (which == 1)
+            documents.push_back(shown.substr(0, shown.size() - kPagePrompt.size()));
+        session.send("");
+        if (which != 2)
+            continue;
+        for (const char* prompt : {"Owner name", "Access code", "Make a link", "Serve others", "default is 1]: "}) {
+            ASSERT_TRUE(session.expect(prompt)) << session.transcript();
+            if (std::string(prompt) == "Access code") {
+                ASSERT_TRUE(session.waitForNoEcho());
+            }
+            session.send("");
+        }
+    }
+    ASSERT_EQ(documents.size(), 3u) << session.transcript();
+    EXPECT_NE(documents[1].find("Terms of use."), std::string::npos) << documents[1];
+    EXPECT_NE(documents[1].find("others."), std::string::npos) << documents[1];
+    EXPECT_NE(documents[2].find("Plain notes"), std::string::npos) << documents[2];
+    EXPECT_NE(documents[2].find("dialect."), std::string::npos) << documents[2];
+    for (const std::string& document : documents) {
+        size_t start = 0;
+        for (size_t end; (end = document.find('\n', start)) != std::string::npos; start = end + 1)
+            EXPECT_LE(end - start, 18u) << "too wide: \"" << document.substr(start, end - start) << "\"";
+    }
+    EXPECT_EQ(session.finish(), 0);
+}
