@@ -9,8 +9,8 @@ namespace {
 
 // A stream that only counts: reads hand out up to `available` bytes and remember the size
 // asked for; writes accept up to `writeLimit` bytes each. A non-zero `failOnCall` makes
-// that call (1-based) fail with `failCode`.
-class RecordingStream : public PStream {
+// that call (1-based) fail with `failCode`. The rest of the interface is a memory stream's.
+class RecordingStream : public PBufStream {
 public:
     long available = 0;
     int writeLimit = 1 << 30;
@@ -19,8 +19,6 @@ public:
     int calls = 0;
     std::vector<int> requests;
 
-    int Open() override { return 0; }
-    int Close() override { return 0; }
     int Write(const void*, int size, int& written) override
     {
         written = 0;
@@ -39,12 +37,6 @@ public:
         available -= read;
         return 0;
     }
-    int Seek(long) override { return 0; }
-    int SeekOff(long) override { return 0; }
-    int SeekEnd(long) override { return 0; }
-    long Size() override { return 0; }
-    long GetPos() override { return 0; }
-    int Opened() override { return 0; }
 };
 
 } // namespace
