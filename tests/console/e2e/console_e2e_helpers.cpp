@@ -9,6 +9,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
@@ -50,45 +53,35 @@ std::string runLine(const std::string& program, const std::vector<std::string>& 
     return line;
 }
 
-bool pack(const std::vector<std::string>& args, std::string& failure)
+// A product file in the program's own scratch directory, made by `build` the first time.
+std::string made(const std::string& name, const std::function<std::vector<std::string>(const std::string&)>& build)
 {
-    CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", args));
-    if (result.exitCode == 0)
-        return true;
-    failure += "quilb_pack failed: " + result.output + "\n";
-    return false;
+    static TempDir dir;
+    static std::map<std::string, bool> done;
+    std::string path = dir.path() + "/" + name;
+    if (done.emplace(name, true).second) {
+        CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", build(path)));
+        if (result.exitCode != 0)
+            ADD_FAILURE() << "quilb_pack couldn't make " << name << ":\n" << result.output;
+    }
+    return path;
 }
 
-Products buildProducts(const std::string& dir)
+std::string console()
 {
-    Products made;
-    std::string data = dataDir() + "/console";
-    std::string notes = sourceDir() + "/examples/quilb-notes";
-    made.promptsPackage = dir + "/prompts.ibin";
-    made.notesPackage = dir + "/notes.ibin";
-    // The engine finds its template by the file name "install.xml".
-    std::vector<std::string> prompts = {"package", "-t", data + "/prompts/install.xml", "-o", made.promptsPackage};
-    for (const char* document : {"license.md", "terms.rtf", "plain.md", "extra.md"}) {
-        prompts.push_back("--add");
-        prompts.push_back(std::string(document) + "=" + data + "/prompts/" + document);
-    }
-    pack(prompts, made.failure);
-    made.heldPackage = dir + "/held.ibin";
-    pack({"package", "-t", data + "/held/install.xml", "-o", made.heldPackage}, made.failure);
-    pack({"package", "-t", notes + "/install.xml", "-b", notes, "--add", "license.md=" + notes + "/license.md",
-          "-o", made.notesPackage},
-         made.failure);
+    return dataDir() + "/console";
+}
+
+// An installer of `package` with only the console front end, lightly compressed: the
+// sanitized builds are large.
+std::string installerOf(const std::string& name, const std::string& package)
+{
     if (!fileExists(binDir() + "/launcher"))
-        return made;
-    made.promptsInstaller = dir + "/setup_prompts";
-    made.notesInstaller = dir + "/setup_notes";
-    // Only the console front end goes in, lightly compressed: the sanitized builds are large.
-    for (const auto& [package, installer] :
-         {std::make_pair(made.promptsPackage, made.promptsInstaller), std::make_pair(made.notesPackage, made.notesInstaller)})
-        pack({"installer", "-p", package, "--level", "1", "--frontend", "installer_console=" + installerConsole(), "-o",
-              installer},
-             made.failure);
-    return made;
+        return "";
+    return made(name, [&](const std::string& path) {
+        return std::vector<std::string>{"installer", "-p", package, "--level", "1", "--frontend",
+                                        "installer_console=" + installerConsole(), "-o", path};
+    });
 }
 
 std::string normalised(const std::string& raw)
@@ -112,11 +105,44 @@ long long nowMs()
 
 } // namespace
 
-const Products& products()
+// The engine finds a template by the file name "install.xml", so each lies in a directory
+// of its own under that name.
+std::string promptsPackage()
 {
-    static TempDir dir;
-    static Products made = buildProducts(dir.path());
-    return made;
+    return made("prompts.ibin", [](const std::string& path) {
+        std::vector<std::string> args = {"package", "-t", console() + "/prompts/install.xml", "-o", path};
+        for (const char* document : {"license.md", "terms.rtf", "plain.md", "extra.md"}) {
+            args.push_back("--add");
+            args.push_back(std::string(document) + "=" + console() + "/prompts/" + document);
+        }
+        return args;
+    });
+}
+
+std::string notesPackage()
+{
+    return made("notes.ibin", [](const std::string& path) {
+        std::string notes = sourceDir() + "/examples/quilb-notes";
+        return std::vector<std::string>{"package", "-t", notes + "/install.xml", "-b", notes, "--add",
+                                        "license.md=" + notes + "/license.md", "-o", path};
+    });
+}
+
+std::string heldPackage()
+{
+    return made("held.ibin", [](const std::string& path) {
+        return std::vector<std::string>{"package", "-t", console() + "/held/install.xml", "-o", path};
+    });
+}
+
+std::string promptsInstaller()
+{
+    return installerOf("setup_prompts", promptsPackage());
+}
+
+std::string notesInstaller()
+{
+    return installerOf("setup_notes", notesPackage());
 }
 
 std::string installerConsole()

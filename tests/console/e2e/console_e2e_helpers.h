@@ -11,17 +11,14 @@
 
 namespace quilbtest {
 
-// Packages and installers built once per test program from the test template and from the
-// sample product.
-struct Products {
-    std::string promptsPackage;   // tests/data/console/prompts with its documents
-    std::string notesPackage;     // examples/quilb-notes
-    std::string heldPackage;      // tests/data/console/held
-    std::string promptsInstaller; // launcher + prompts package; empty without a launcher
-    std::string notesInstaller;   // launcher + sample package; empty without a launcher
-    std::string failure;          // what went wrong, when something couldn't be built
-};
-const Products& products();
+// Packages and installers made on first use, once per test program, from the test
+// templates and the sample product. A packing failure counts as a failure of the running
+// test; the path is given all the same.
+std::string promptsPackage();    // tests/data/console/prompts with its documents
+std::string notesPackage();      // examples/quilb-notes
+std::string heldPackage();       // tests/data/console/held
+std::string promptsInstaller();  // launcher + prompts package; empty without a launcher
+std::string notesInstaller();    // launcher + sample package; empty without a launcher
 
 // The console program under either of its names.
 std::string installerConsole();

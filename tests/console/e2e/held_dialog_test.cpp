@@ -86,8 +86,7 @@ struct HeldRun {
 TEST(HeldDialogTest, TextsComeOnceWhenTheDialogIsEnteredAgain)
 {
     QUILB_REQUIRE_SANDBOX();
-    ASSERT_EQ(products().failure, "");
-    const std::string bin = "-bin=" + products().heldPackage;
+    const std::string bin = "-bin=" + heldPackage();
     const std::vector<HeldRun> runs = {
         {"held: entered again, then the run ends",
          {bin, "-auto"},
