@@ -14,7 +14,6 @@
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/find_data.h"
 #include "foundation/strings/tokenize.h"
-#include "installer/wizard/installer_ui.h"
 
 namespace {
 
@@ -25,7 +24,7 @@ bool isSlash(char c)
     return c == '/' || c == '\\';
 }
 
-InstallerFileUtils::CollectorAdd collectorAdd = nullptr;
+InstallerFileUtils::DirDeleteReport dirDeleteReport = nullptr;
 
 // True when the directory holds nothing but "." and "..". Only the first three entries are
 // read: a third one means the directory is not empty either way.
@@ -42,25 +41,6 @@ bool isEmptyDirectory(DIR* dir)
             empty = false;
     }
     return empty && seen < 3;
-}
-
-// True for a failure of rmdir that stays the same however often it is tried.
-bool isLastingRefusal(int error)
-{
-    switch (error) {
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EBUSY:
-    case EINVAL:
-    case ENOTDIR:
-    case ENOENT:
-    case ENAMETOOLONG:
-    case ELOOP:
-        return true;
-    default:
-        return false;
-    }
 }
 
 bool isSymbolicLink(const char* path)
@@ -146,15 +126,10 @@ int DeleteEmptyDirectoriesChain(const char* path)
         char* lastSlash = strrchr(current, '/');
         if (!lastSlash)
             break;
-        // A failed removal is tried again while a retry can still succeed. Refusals that no
-        // retry cures (no write permission on the parent, a read-only file system, a mount
-        // point) end the chain instead, since the climb reaches parents that no caller
-        // vouched for, such as an empty /tmp owned by root.
-        if (::rmdir(current) != 0) {
-            if (isLastingRefusal(errno))
-                break;
+        // An empty directory that refuses removal is tried again: callers pass only
+        // directories they may remove.
+        if (::rmdir(current) != 0)
             continue;
-        }
         *lastSlash = '\0';
         ++removed;
     }
@@ -176,9 +151,9 @@ int DeleteEmptyDirs(const char* path)
     return DeleteEmptyDirectoriesChain(copy);
 }
 
-void setCollectorAdd(CollectorAdd add)
+void setDirDeleteReport(DirDeleteReport report)
 {
-    collectorAdd = add;
+    dirDeleteReport = report;
 }
 
 int DirInfo::Delete(const char* path, PConsole* console, InstallerUI* ui, LogCollector* collector)
@@ -192,14 +167,11 @@ int DirInfo::Delete(const char* path, PConsole* console, InstallerUI* ui, LogCol
     if (console)
         console->Dump("Dir: %s (%s)", path, result ? "failed" : "ok");
 
-    if (ui) {
-        ui->StartDecompress();
+    if (ui && dirDeleteReport) {
         char message[kPathSize];
         TeskUtils::copyBounded(message, result ? "FAILED to remove " : "Remove ", sizeof message);
         TeskUtils::appendBounded(message, path, sizeof message);
-        if (collector && result == 1 && collectorAdd)
-            collectorAdd(collector, message);
-        ui->EndDecompress(message, false);
+        dirDeleteReport(ui, collector, message, result);
     }
     return result;
 }

@@ -35,21 +35,21 @@ int RecursiveCreateDirFromFileName(const char* path);
 
 // Removes `path` if it is an empty directory, then its parent if that became empty, and so
 // on up. Returns the number of directories removed. The path must not end in a slash.
-// An empty directory whose removal fails is tried again, except where the failure is one
-// that no retry changes (permission, read-only file system, mount point): that ends the
-// chain, so an empty parent owned by someone else can't hold the caller forever.
+// A directory that is empty but can't be removed is retried without end, so callers pass
+// only directories that they are entitled to remove.
 int DeleteEmptyDirectoriesChain(const char* path);
 
 // DeleteEmptyDirectoriesChain on a copy of `path` with `\` turned into `/` and trailing
 // slashes cut. A null or empty path gives 0. Returns the number of directories removed.
 int DeleteEmptyDirs(const char* path);
 
-// How a failed directory removal reaches the engine's LogCollector: DirInfo::Delete calls
-// it with the collector (when one is given) and the "FAILED to remove " message. The
-// foundation can't reach the collector's class, so the engine installs the function; without
-// one the message is only shown on the front end.
-using CollectorAdd = void (*)(LogCollector* collector, const char* message);
-void setCollectorAdd(CollectorAdd add);
+// How DirInfo::Delete shows the outcome of a removal: called with a non-null front end only.
+// It is to call StartDecompress on the front end, add `message` to the collector (when there
+// is one and `failed` is 1) and show `message` by EndDecompress(message, false). The
+// foundation knows the engine's classes only by name, so the engine installs the handler
+// once at its start; without one nothing is shown.
+using DirDeleteReport = void (*)(InstallerUI* ui, LogCollector* collector, const char* message, int failed);
+void setDirDeleteReport(DirDeleteReport report);
 
 // A directory that was made, with the number of path levels that were created for it, so
 // that exactly those levels can be removed again.
@@ -62,10 +62,9 @@ struct DirInfo {
 
     // Removes the empty directory `path` and its empty parents. Returns 0 when the path is
     // gone afterwards (or never existed), 1 when it is still there. Logs "Dir: <path> (ok)"
-    // or "(failed)" to `console`. With a front end: StartDecompress, then "Remove <path>" or
-    // "FAILED to remove <path>" by EndDecompress(message, false); a failure's message also
-    // goes to `collector` through the installed CollectorAdd. All three of `console`, `ui`
-    // and `collector` may be null.
+    // or "(failed)" to `console`, and with a front end reports "Remove <path>" or
+    // "FAILED to remove <path>" through the installed DirDeleteReport. All three of
+    // `console`, `ui` and `collector` may be null.
     static int Delete(const char* path, PConsole* console, InstallerUI* ui, LogCollector* collector);
 
     // Removes the `levels` innermost levels of `path`, each as above. A path that does not
