@@ -36,7 +36,7 @@ public:
     virtual void UpdateValidation(int dlg, int sub) { (void)dlg; (void)sub; }
     // Refreshes the parts of (dlg, sub) named by `updateMask` (UPDATETYPE bits); the engine
     // passes UPDATE_ALL and true.
-    virtual void UpdateSubDlg(int dlg, int sub, int updateMask, bool force)
+    virtual void UpdateSubDlg(int dlg, int sub, UPDATETYPE updateMask, bool force)
     {
         (void)dlg; (void)sub; (void)updateMask; (void)force;
     }

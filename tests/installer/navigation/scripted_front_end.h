@@ -32,7 +32,7 @@ public:
     int EndUI() override { return add("EndUI"), 0; }
     void SetDlg(int d) override { add("SetDlg", {d}); }
     void SetSubDlg(int d, int s) override { add("SetSubDlg", {d, s}); }
-    void UpdateSubDlg(int d, int s, int mask, bool force) override { add("UpdateSubDlg", {d, s, mask, force}); }
+    void UpdateSubDlg(int d, int s, UPDATETYPE mask, bool force) override { add("UpdateSubDlg", {d, s, mask, force}); }
     void ShowUIElements(int d, int s, bool show) override { add("ShowUIElements", {d, s, show}); }
     void UpdateValidation(int d, int s) override { add("UpdateValidation", {d, s, exchange ? exchange->GetStateSettings() : -1}); }
     void NBeginDialog(int d) override { add("NBeginDialog", {d}); }
