@@ -320,3 +320,38 @@ TEST_F(TerminalTest, DocumentsAreWrappedToTheTerminalWidth)
     }
     EXPECT_EQ(session.finish(), 0);
 }
+
+TEST_F(TerminalTest, ThroughTheSelfExtractingInstallerTheTerminalIsTheFrontEnds)
+{
+    if (promptsInstaller().empty())
+        GTEST_SKIP() << "no launcher was built";
+    ASSERT_EQ(runCommand("cp " + shellQuote(promptsInstaller()) + " " + shellQuote(work.file("setup"))).exitCode, 0);
+    std::vector<std::string> before = snapshot(work.path());
+    PtySession session(work.file("setup"), {"-VARIABLE_OWNER=Launched"}, work.path(), 10, 80);
+    ASSERT_TRUE(session.expect("Verifying installer integrity...OK.")) << session.transcript();
+    ASSERT_TRUE(session.expect("* Quilb Group installer       *\n")) << session.transcript();
+    const std::vector<Step> steps = {
+        {kLicencePrompt, ""},
+        {kPagePrompt, ""},
+        {kPagePrompt, ""},
+        {kPagePrompt, ""},
+        {"Target folder [/opt/prompt-check]:", "/srv/launched"},
+        {"Owner name [Launched]:", ""},
+        {"Access code:", "pw", true},
+        {"Make a link in /srv/launched ([no] or yes): ", "yes"},
+        {"Serve others ([no] or yes): ", ""},
+        {"Enter your choice [1-3]: ", "1"},
+    };
+    for (const Step& step : steps) {
+        ASSERT_TRUE(session.expect(step.prompt)) << "no \"" << step.prompt << "\" in:\n" << session.transcript();
+        if (step.hidden) {
+            ASSERT_TRUE(session.waitForNoEcho());
+        }
+        session.send(step.answer);
+    }
+    EXPECT_TRUE(session.expect("Summary: TARGET=/srv/launched OWNER=Launched CODE=pw LINK=1 EDITION=0 PLAN=desk plan\n"))
+        << session.transcript();
+    EXPECT_TRUE(session.expect("Deleted ")) << session.transcript();
+    EXPECT_EQ(session.finish(), 0) << session.transcript();
+    EXPECT_EQ(snapshot(work.path()), before) << "the launcher left files behind";
+}
