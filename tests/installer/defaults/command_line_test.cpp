@@ -50,11 +50,10 @@ TEST(CommandLine, AConfigurationFileThatCantBeUsedStopsTheInstall)
 {
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("wrong.xml"), "<Settings><Value Name=\"A\">x</Value></Settings>"));
-    ASSERT_TRUE(quilbtest::writeFile(dir.file("text.xml"), "EDITION=pro\n"));
     const std::string missing = dir.file("missing.xml");
     const std::string box = "MessageBox(Error loading configuration file \"" + missing +
                             "\" (2). Installation can not continue.,1)";
-    const struct { std::string path; std::string message; } rows[] = {{missing, box}, {dir.file("wrong.xml"), ""}, {dir.file("text.xml"), ""}};
+    const struct { std::string path; std::string message; } rows[] = {{missing, box}, {dir.file("wrong.xml"), ""}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.path);
         const char* argv[] = {"installer", "-VARIABLE_PORT=1"};

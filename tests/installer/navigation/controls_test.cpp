@@ -28,7 +28,6 @@ TEST(Controls, ButtonActionWordsRunInOrder)
 {
     // confirm: the answer to a cancel
     const struct { const char* action; bool confirm; const char* x; int cancelled; std::vector<std::string> sequences; const char* trace; } rows[] = {
-        {"[X]='1'", false, "1", 0, {}, ""},
         {"Cancel;[X]='1'", true, "0", 1, {}, ""},
         {"[X]='1';Cancel", true, "1", 1, {}, ""},
         {"cancel", false, "0", 0, {}, ""},
@@ -51,23 +50,6 @@ TEST(Controls, ButtonActionWordsRunInOrder)
         EXPECT_EQ(engine.var("TRACE"), row.trace);
         EXPECT_EQ(engine.logged("WARNING: Empty action tag in a button!"), std::string(row.action) == "Run:");
     }
-
-    // A button's action runs before its shift: Express clears CUSTOMIZE, and the walk back
-    // already passes over the options.
-    TestEngine engine;
-    ScriptedUI ui;
-    startOnWelcome(engine, ui);
-    const BUTTONINFO* customize = engine.GetDlgButton(0, 1, -1);
-    engine.PerformButtonAction(&ui, customize->action);
-    engine.PerformButtonDlgShift(&ui, customize->shift);
-    for (int i = 0; i < 3; ++i)
-        engine.EvNext(&ui, 1);
-    ASSERT_EQ(engine.GetCurSubDlg(), 2);
-    ui.calls.clear();
-    const BUTTONINFO* express = engine.GetDlgButton(3, 0, 2);
-    engine.PerformButtonAction(&ui, express->action);
-    engine.PerformButtonDlgShift(&ui, express->shift);
-    EXPECT_EQ(ui.only({"SetDlg(", "SetSubDlg("}), "SetSubDlg(3,0)");
 }
 
 TEST(Controls, TriggersDoTheirWork)
