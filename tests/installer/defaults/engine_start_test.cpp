@@ -56,38 +56,34 @@ std::string upTo(const std::string& last, const std::string& more = "")
 
 TEST(EngineStart, StepsOfAnInstall)
 {
-    for (bool gui : {false, true}) {
-        SCOPED_TRACE(gui ? "graphical" : "console");
+    // previous: an installed copy, read before the defaults so that UseOld keeps its values
+    const struct { const char* name; bool gui, previous; const char* stdroot; const char* previousState; } rows[] = {
+        {"console", false, false, "/opt/defaults", "<unknown>"},
+        {"graphical", true, false, "/opt/defaults", "<unknown>"},
+        {"over an installed copy", false, true, "/home/me/old", "1"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         TestEngine engine;
         ScriptedUI ui;
-        ui.gui = gui;
+        ui.gui = row.gui;
+        engine.previousInstall = row.previous;
+        engine.previousVars = {{"STDROOT", "/home/me/old"}, {"EDITION", "pro"}};
         int dialogAtStart = -2;
         ui.script = [&] { return dialogAtStart = engine.GetCurDlg(), 0; };
         quilbtest::putTemplateInCabinet(engine, productXml());
         std::string lines;
         EXPECT_EQ(start(engine, ui, lines), 0);
-        EXPECT_EQ(lines, installSteps(gui));
+        EXPECT_EQ(lines, installSteps(row.gui, row.previous));
         EXPECT_EQ(ui.calls, (std::vector<std::string>{"StartUI", "EndUI"}));
         EXPECT_EQ(dialogAtStart, 0);
         EXPECT_EQ(engine.var("INSTALLATIONS_COUNT"), "0");
-        EXPECT_EQ(engine.var("SHOULD_UNINSTALL"), "<unknown>");
-        EXPECT_EQ(engine.var("STDROOT"), "/opt/defaults");
+        EXPECT_EQ(engine.var("STDROOT"), row.stdroot);
+        EXPECT_EQ(engine.defaultOf("STDROOT"), "/opt/defaults");
+        EXPECT_EQ(engine.var("EDITION"), "basic");
+        EXPECT_EQ(engine.var("SHOULD_UNINSTALL"), row.previousState);
+        EXPECT_EQ(engine.var("PREVIOUS_INSTALLATION"), row.previousState);
     }
-
-    // An installed copy is read before the defaults, so that UseOld keeps its values.
-    TestEngine engine;
-    ScriptedUI ui;
-    engine.previousInstall = true;
-    engine.previousVars = {{"STDROOT", "/home/me/old"}, {"EDITION", "pro"}};
-    quilbtest::putTemplateInCabinet(engine, productXml());
-    std::string lines;
-    EXPECT_EQ(start(engine, ui, lines), 0);
-    EXPECT_EQ(lines, installSteps(false, true));
-    EXPECT_EQ(engine.var("STDROOT"), "/home/me/old");
-    EXPECT_EQ(engine.defaultOf("STDROOT"), "/opt/defaults");
-    EXPECT_EQ(engine.var("EDITION"), "basic");
-    EXPECT_EQ(engine.var("SHOULD_UNINSTALL"), "1");
-    EXPECT_EQ(engine.var("PREVIOUS_INSTALLATION"), "1");
 }
 
 TEST(EngineStart, StopsWhereAStepFails)
