@@ -25,23 +25,28 @@ mode_t currentUmask()
 
 TEST(FileStream, OpenMapsAccessAndDisposition)
 {
-    const struct { const char* name; int access; int disposition; bool exists; int result; int mode; std::string after; } rows[] = {
-        { "read, existing", kRead, 0, true, 0, O_RDONLY, "old" },
-        { "no access bits read", 0, 0, true, 0, O_RDONLY, "old" },
-        { "write, existing", kWrite, 0, true, 0, O_WRONLY, "old" },
-        { "read-write, existing", kRead | kWrite, 0, true, 0, O_RDWR, "old" },
-        { "make or empty", kWrite, 3, true, 0, O_WRONLY, "" },
-        { "make a new file", kWrite, 3, false, 0, O_WRONLY, "" },
-        { "disposition 2 creates and empties", kWrite, 2, true, 0, O_WRONLY, "" },
-        { "disposition 1 empties", kWrite, 1, true, 0, O_WRONLY, "" },
-        { "disposition 1 does not create", kWrite, 1, false, ENOENT, -1, "" },
-        { "missing file", kRead, 0, false, ENOENT, -1, "" },
+    // `exists`: 0 nothing at the path, 1 a file holding "old", 2 a directory.
+    const struct { const char* name; int access; int disposition; int exists; int result; int mode; std::string after; } rows[] = {
+        { "read, existing", kRead, 0, 1, 0, O_RDONLY, "old" },
+        { "no access bits read", 0, 0, 1, 0, O_RDONLY, "old" },
+        { "write, existing", kWrite, 0, 1, 0, O_WRONLY, "old" },
+        { "read-write, existing", kRead | kWrite, 0, 1, 0, O_RDWR, "old" },
+        { "make or empty", kWrite, 3, 1, 0, O_WRONLY, "" },
+        { "make a new file", kWrite, 3, 0, 0, O_WRONLY, "" },
+        { "disposition 2 creates and empties", kWrite, 2, 1, 0, O_WRONLY, "" },
+        { "disposition 1 empties", kWrite, 1, 1, 0, O_WRONLY, "" },
+        { "disposition 1 does not create", kWrite, 1, 0, ENOENT, -1, "" },
+        { "missing file", kRead, 0, 0, ENOENT, -1, "" },
+        { "a directory is refused", kRead, 0, 2, 21, -1, "" },
     };
     for (const auto& row : rows) {
         quilbtest::TempDir dir;
         const std::string path = dir.file("f");
-        if (row.exists)
+        if (row.exists == 1)
             quilbtest::writeFile(path, "old");
+        if (row.exists == 2) {
+            ASSERT_EQ(mkdir(path.c_str(), 0755), 0);
+        }
         PFileStream stream;
         EXPECT_EQ(stream.Open(path.c_str(), row.access, 0, row.disposition), row.result) << row.name;
         EXPECT_STREQ(stream.name, path.c_str()) << row.name;
@@ -58,16 +63,6 @@ TEST(FileStream, OpenMapsAccessAndDisposition)
             EXPECT_EQ(info.st_mode & 0777, 0644 & ~currentUmask()) << row.name;
         }
     }
-}
-
-TEST(FileStream, DirectoryIsRefused)
-{
-    quilbtest::TempDir dir;
-    PFileStream stream;
-    EXPECT_EQ(stream.Open(dir.path().c_str(), kRead, 0, 0), 21);
-    EXPECT_EQ(stream.fd, -1);
-    EXPECT_EQ(stream.Opened(), 0);
-    EXPECT_EQ(stream.Create(nullptr, 0), EISDIR);
 }
 
 TEST(FileStream, CreateEmptiesOrAppends)
