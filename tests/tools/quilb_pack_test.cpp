@@ -168,7 +168,7 @@ TEST(QuilbPack, PackageRoundTrip)
         EXPECT_EQ(contentOf(engine, "install.xml"), product.templateText);
         EXPECT_EQ(contentOf(engine, "filesnot-packed"), "<missing>");
         EXPECT_STREQ(engine.cabinetFiles[2].name, "big.bin");
-        EXPECT_STREQ(engine.cabinetFiles[8].name, "product.xml");
+        EXPECT_STREQ(engine.cabinetFiles[8].name, "install.xml") << "the engine finds the template by this name";
     }
 }
 

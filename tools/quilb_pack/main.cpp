@@ -234,8 +234,10 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
         for (const auto& extra : options.extra)
             items.push_back({extra.first, baseName(extra.second), extra.second, false, ""});
     PackItem templateItem;
+    // The engine finds the template by the record's file name "install.xml", whatever the
+    // template file is called here.
     templateItem.alias = "install.xml";
-    templateItem.name = baseName(options.templatePath);
+    templateItem.name = "install.xml";
     templateItem.inMemory = true;
     templateItem.content = xml;
     for (const PackItem& item : items)
