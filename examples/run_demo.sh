@@ -31,7 +31,7 @@ status=0
   if [ -d /opt/quilb-notes ]; then
     find /opt/quilb-notes -type f | sort | while read -r f; do ls -l "$f"; done
   else
-    echo "(nothing)"
+    echo "(no files: this build walks the wizard but its CopyProgress stage copies nothing yet)"
   fi
   exit $status' || status=$?
 exit $status
