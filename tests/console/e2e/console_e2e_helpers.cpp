@@ -22,11 +22,6 @@ namespace quilbtest {
 
 namespace {
 
-std::string sandboxScript()
-{
-    return sourceDir() + "/scripts/sandbox.sh";
-}
-
 std::string commandOf(const std::string& program, const std::vector<std::string>& args)
 {
     std::string line = shellQuote(program);
@@ -35,65 +30,18 @@ std::string commandOf(const std::string& program, const std::vector<std::string>
     return line;
 }
 
-// The shell line that runs the program in `workDir` with its input and environment.
-std::string runLine(const std::string& program, const std::vector<std::string>& args, const std::string& workDir,
-                    const std::string& input, const std::vector<std::string>& env = {})
-{
-    std::string line = "cd " + shellQuote(workDir) + " && unset QUILB_INSTALLER_DEBUG && ";
-    line += input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ";
-    line += "QUILB_INSTALLER_DIR=" + shellQuote(workDir + "/") + " ";
-    for (const std::string& setting : env) {
-        size_t equals = setting.find('=');
-        line += setting.substr(0, equals) + "=" + shellQuote(setting.substr(equals + 1)) + " ";
-    }
-    // A wizard that waits for ever must not hang the tests.
-    line += "timeout -k 5 60 " + commandOf(program, args);
-    if (input.empty())
-        line += " </dev/null";
-    return line;
-}
-
-// A product file in the program's own scratch directory, made by `build` the first time.
-std::string made(const std::string& name, const std::function<std::vector<std::string>(const std::string&)>& build)
+// A product file in the program's own scratch directory, made by quilb_pack the first time.
+std::string made(const std::string& name, const std::function<std::vector<std::string>(const std::string&)>& args)
 {
     static TempDir dir;
     static std::map<std::string, bool> done;
     std::string path = dir.path() + "/" + name;
     if (done.emplace(name, true).second) {
-        CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", build(path)));
+        CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", args(path)));
         if (result.exitCode != 0)
             ADD_FAILURE() << "quilb_pack couldn't make " << name << ":\n" << result.output;
     }
     return path;
-}
-
-std::string console()
-{
-    return dataDir() + "/console";
-}
-
-// An installer of `package` with only the console front end, lightly compressed: the
-// sanitized builds are large.
-std::string installerOf(const std::string& name, const std::string& package)
-{
-    if (!fileExists(binDir() + "/launcher"))
-        return "";
-    return made(name, [&](const std::string& path) {
-        return std::vector<std::string>{"installer", "-p", package, "--level", "1", "--frontend",
-                                        "installer_console=" + installerConsole(), "-o", path};
-    });
-}
-
-std::string normalised(const std::string& raw)
-{
-    std::string text;
-    text.reserve(raw.size());
-    for (size_t i = 0; i < raw.size(); ++i) {
-        if (raw[i] == '\r' && i + 1 < raw.size() && raw[i + 1] == '\n')
-            continue;
-        text += raw[i];
-    }
-    return text;
 }
 
 long long nowMs()
@@ -105,15 +53,20 @@ long long nowMs()
 
 } // namespace
 
+std::string consoleData()
+{
+    return dataDir() + "/console";
+}
+
 // The engine finds a template by the file name "install.xml", so each lies in a directory
 // of its own under that name.
 std::string promptsPackage()
 {
     return made("prompts.ibin", [](const std::string& path) {
-        std::vector<std::string> args = {"package", "-t", console() + "/prompts/install.xml", "-o", path};
+        std::vector<std::string> args = {"package", "-t", consoleData() + "/prompts/install.xml", "-o", path};
         for (const char* document : {"license.md", "terms.rtf", "plain.md", "extra.md"}) {
             args.push_back("--add");
-            args.push_back(std::string(document) + "=" + console() + "/prompts/" + document);
+            args.push_back(std::string(document) + "=" + consoleData() + "/prompts/" + document);
         }
         return args;
     });
@@ -131,18 +84,19 @@ std::string notesPackage()
 std::string heldPackage()
 {
     return made("held.ibin", [](const std::string& path) {
-        return std::vector<std::string>{"package", "-t", console() + "/held/install.xml", "-o", path};
+        return std::vector<std::string>{"package", "-t", consoleData() + "/held/install.xml", "-o", path};
     });
 }
 
+// Only the console front end, lightly compressed: the sanitized builds are large.
 std::string promptsInstaller()
 {
-    return installerOf("setup_prompts", promptsPackage());
-}
-
-std::string notesInstaller()
-{
-    return installerOf("setup_notes", notesPackage());
+    if (!fileExists(binDir() + "/launcher"))
+        return "";
+    return made("setup_prompts", [](const std::string& path) {
+        return std::vector<std::string>{"installer", "-p", promptsPackage(), "--level", "1", "--frontend",
+                                        "installer_console=" + installerConsole(), "-o", path};
+    });
 }
 
 std::string installerConsole()
@@ -155,16 +109,45 @@ std::string uninstallerConsole()
     return binDir() + "/uninstaller_console";
 }
 
-CommandResult runSandboxed(const std::string& program, const std::vector<std::string>& args,
-                           const std::string& workDir, const std::string& input, const std::vector<std::string>& env)
+CommandResult runConsole(const std::string& program, const std::vector<std::string>& args,
+                         const std::string& workDir, const std::string& input,
+                         const std::vector<std::string>& env, bool sandboxed)
 {
-    return runInSandbox(runLine(program, args, workDir, input, env), {workDir});
+    std::string line = "cd " + shellQuote(workDir) + " && unset QUILB_INSTALLER_DEBUG && ";
+    line += input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ";
+    line += "QUILB_INSTALLER_DIR=" + shellQuote(workDir + "/") + " ";
+    for (const std::string& setting : env) {
+        size_t equals = setting.find('=');
+        line += setting.substr(0, equals) + "=" + shellQuote(setting.substr(equals + 1)) + " ";
+    }
+    // A wizard that waits for ever must not hang the tests.
+    line += "timeout -k 5 60 " + commandOf(program, args) + (input.empty() ? " </dev/null" : "");
+    return sandboxed ? runInSandbox(line, {workDir}) : runCommand(line);
 }
 
-CommandResult runPlain(const std::string& program, const std::vector<std::string>& args, const std::string& workDir,
-                       const std::string& input)
+void checkRuns(const std::vector<ConsoleRun>& runs)
 {
-    return runCommand(runLine(program, args, workDir, input));
+    for (const ConsoleRun& run : runs) {
+        SCOPED_TRACE(run.name);
+        TempDir work;
+        for (const auto& [name, content] : run.files)
+            ASSERT_TRUE(writeFile(work.file(name), content));
+        std::vector<std::string> before = snapshot(work.path());
+        CommandResult result = runConsole(run.uninstaller ? uninstallerConsole() : installerConsole(), run.args,
+                                          work.path(), run.input);
+        if (run.exitCode == -1)
+            EXPECT_NE(result.exitCode, 0) << result.output;
+        else
+            EXPECT_EQ(result.exitCode, run.exitCode) << result.output;
+        size_t size = std::min(run.output.size(), result.output.size());
+        if (run.match == Match::Start)
+            EXPECT_EQ(result.output.substr(0, run.output.size()), run.output) << result.output;
+        else if (run.match == Match::End)
+            EXPECT_EQ(result.output.substr(result.output.size() - size), run.output) << result.output;
+        else
+            EXPECT_EQ(result.output, run.output);
+        EXPECT_EQ(snapshot(work.path()), before);
+    }
 }
 
 std::vector<std::string> snapshot(const std::string& dir)
@@ -182,6 +165,26 @@ std::vector<std::string> snapshot(const std::string& dir)
     return entries;
 }
 
+size_t occurrences(const std::string& text, const std::string& word)
+{
+    size_t count = 0;
+    for (size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + word.size()))
+        ++count;
+    return count;
+}
+
+::testing::AssertionResult inOrder(const std::string& text, const std::vector<std::string>& fragments)
+{
+    size_t at = 0;
+    for (const std::string& fragment : fragments) {
+        size_t found = text.find(fragment, at);
+        if (found == std::string::npos)
+            return ::testing::AssertionFailure() << "\"" << fragment << "\" missing (in order) from:\n" << text;
+        at = found + fragment.size();
+    }
+    return ::testing::AssertionSuccess();
+}
+
 PtySession::PtySession(const std::string& program, const std::vector<std::string>& args,
                        const std::string& workDir, int rows, int columns)
 {
@@ -189,13 +192,9 @@ PtySession::PtySession(const std::string& program, const std::vector<std::string
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
         return;
     std::string slaveName = ptsname(master);
-    if (rows > 0) {
-        struct winsize size = {};
-        size.ws_row = static_cast<unsigned short>(rows);
-        size.ws_col = static_cast<unsigned short>(columns);
-        ioctl(master, TIOCSWINSZ, &size);
-    }
-    std::vector<std::string> words = {"/bin/bash", sandboxScript(), "-b", workDir, "--", program};
+    if (rows > 0)
+        resize(rows, columns);
+    std::vector<std::string> words = {"/bin/bash", sourceDir() + "/scripts/sandbox.sh", "-b", workDir, "--", program};
     words.insert(words.end(), args.begin(), args.end());
     std::vector<char*> argv;
     for (std::string& word : words)
@@ -209,17 +208,14 @@ PtySession::PtySession(const std::string& program, const std::vector<std::string
     // The child: a session of its own with the terminal as its controlling one.
     setsid();
     int slave = open(slaveName.c_str(), O_RDWR);
-    if (slave < 0)
+    if (slave < 0 || chdir(workDir.c_str()) != 0)
         _exit(126);
     ioctl(slave, TIOCSCTTY, 0);
-    dup2(slave, 0);
-    dup2(slave, 1);
-    dup2(slave, 2);
+    for (int fd = 0; fd < 3; ++fd)
+        dup2(slave, fd);
     if (slave > 2)
         close(slave);
     close(master);
-    if (chdir(workDir.c_str()) != 0)
-        _exit(126);
     unsetenv("QUILB_INSTALLER_DEBUG");
     setenv("QUILB_INSTALLER_DIR", installerDir.c_str(), 1);
     execv(argv[0], argv.data());
@@ -257,16 +253,11 @@ int PtySession::pump(int timeoutMs)
     return -1;
 }
 
-bool PtySession::expect(const std::string& text, std::string* before, int timeoutMs)
+int PtySession::expectOneOf(const std::vector<std::string>& texts, std::string* before)
 {
-    return expectOneOf({text}, before, timeoutMs) == 0;
-}
-
-int PtySession::expectOneOf(const std::vector<std::string>& texts, std::string* before, int timeoutMs)
-{
-    long long deadline = nowMs() + timeoutMs;
+    long long deadline = nowMs() + 10000;
     for (;;) {
-        std::string all = normalised(raw);
+        std::string all = transcript();
         size_t first = std::string::npos;
         int which = -1;
         for (size_t i = 0; i < texts.size(); ++i) {
@@ -296,14 +287,12 @@ void PtySession::send(const std::string& line)
         ended = true;
 }
 
-bool PtySession::waitForNoEcho(int timeoutMs)
+bool PtySession::waitForNoEcho()
 {
-    long long deadline = nowMs() + timeoutMs;
-    while (nowMs() < deadline) {
+    for (long long deadline = nowMs() + 10000; nowMs() < deadline; pump(20)) {
         struct termios modes;
         if (tcgetattr(master, &modes) == 0 && !(modes.c_lflag & ECHO))
             return true;
-        pump(20);
     }
     return false;
 }
@@ -316,13 +305,11 @@ void PtySession::resize(int rows, int columns)
     ioctl(master, TIOCSWINSZ, &size);
 }
 
-int PtySession::finish(int timeoutMs)
+int PtySession::finish()
 {
-    if (child <= 0)
-        return -1;
-    if (status != -1)
-        return status;
-    long long deadline = nowMs() + timeoutMs;
+    if (child <= 0 || status != -1)
+        return child <= 0 ? -1 : status;
+    long long deadline = nowMs() + 20000;
     while (!ended && nowMs() < deadline)
         pump(static_cast<int>(std::max(1LL, deadline - nowMs())));
     int wait = 0;
@@ -332,18 +319,20 @@ int PtySession::finish(int timeoutMs)
         child = -1;
         return -1;
     }
-    if (waitpid(child, &wait, 0) == child && WIFEXITED(wait))
-        status = WEXITSTATUS(wait);
-    else
-        status = -2;
+    status = waitpid(child, &wait, 0) == child && WIFEXITED(wait) ? WEXITSTATUS(wait) : -2;
     return status;
 }
 
+// Everything so far, with the terminal's CR LF turned into LF.
 std::string PtySession::transcript()
 {
     while (pump(0) > 0) {
     }
-    return normalised(raw);
+    std::string text;
+    for (size_t i = 0; i < raw.size(); ++i)
+        if (raw[i] != '\r' || i + 1 == raw.size() || raw[i + 1] != '\n')
+            text += raw[i];
+    return text;
 }
 
 } // namespace quilbtest

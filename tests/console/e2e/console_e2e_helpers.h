@@ -5,68 +5,85 @@
 // engine probes and writes fixed system paths.
 #include <string>
 #include <sys/types.h>
+#include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "support/process.h"
 
 namespace quilbtest {
 
-// Packages and installers made on first use, once per test program, from the test
-// templates and the sample product. A packing failure counts as a failure of the running
-// test; the path is given all the same.
+// Packages made on first use, once per test program. A packing failure counts as a failure
+// of the running test; the path is given all the same.
 std::string promptsPackage();    // tests/data/console/prompts with its documents
 std::string notesPackage();      // examples/quilb-notes
 std::string heldPackage();       // tests/data/console/held
 std::string promptsInstaller();  // launcher + prompts package; empty without a launcher
-std::string notesInstaller();    // launcher + sample package; empty without a launcher
 
-// The console program under either of its names.
 std::string installerConsole();
 std::string uninstallerConsole();
+std::string consoleData();       // tests/data/console
 
-// Runs `program` with `args` in `workDir`, inside the sandbox with `workDir` shared, reading
-// `input` as its standard input (a pipe; empty input reads as end of file). The variable
+const std::string kBanner = "*******************************\n"
+                            "* Quilb Group installer       *\n"
+                            "*******************************\n";
+const std::string kSuccess = "Automatic installation was successful!\n";
+const std::string kFailed = "There was an error during the (un)installation: -1\n";
+const std::string kClearedLine = "\r" + std::string(78, ' ') + "\r\n";
+
+// Runs `program` with `args` in `workDir` (inside the sandbox with `workDir` shared, unless
+// `sandboxed` is false), reading `input` from a pipe (empty input reads as end of file).
 // QUILB_INSTALLER_DIR is set to `workDir` so that nothing lands beside the built programs;
 // `env` adds "NAME=value" settings.
-CommandResult runSandboxed(const std::string& program, const std::vector<std::string>& args,
-                           const std::string& workDir, const std::string& input = "",
-                           const std::vector<std::string>& env = {});
+CommandResult runConsole(const std::string& program, const std::vector<std::string>& args,
+                         const std::string& workDir, const std::string& input = "",
+                         const std::vector<std::string>& env = {}, bool sandboxed = true);
 
-// The same run outside the sandbox, for runs that end before the engine starts.
-CommandResult runPlain(const std::string& program, const std::vector<std::string>& args,
-                       const std::string& workDir, const std::string& input = "");
+// A run with piped input and the output it must give: whole, or only its start or its end.
+enum class Match { Whole, Start, End };
+struct ConsoleRun {
+    const char* name;
+    std::vector<std::string> args;
+    int exitCode;  // -1: any status but 0
+    std::string output;
+    Match match = Match::Whole;
+    std::string input = "";
+    std::vector<std::pair<std::string, std::string>> files = {};  // put into the working directory
+    bool uninstaller = false;  // run under the uninstaller's name
+};
+// Runs each in a directory of its own, which must be left as it was.
+void checkRuns(const std::vector<ConsoleRun>& runs);
 
 // Every path below `dir`, each with its size, sorted: a picture to compare before and after.
 std::vector<std::string> snapshot(const std::string& dir);
+size_t occurrences(const std::string& text, const std::string& word);
+// Each fragment must come in this order, after the one before.
+::testing::AssertionResult inOrder(const std::string& text, const std::vector<std::string>& fragments);
 
-// A program at a pseudo-terminal. Output is kept with CR LF turned into LF; the terminal
-// echoes what is sent, as a real one does.
+// A program at a pseudo-terminal, inside the sandbox. Output is kept with CR LF turned into
+// LF; the terminal echoes what is sent, as a real one does.
 class PtySession {
 public:
-    // Starts `program` with `args` in `workDir` inside the sandbox, on a terminal of `rows` by
-    // `columns`; 0 rows leaves the size unset, as on a terminal that can't tell it.
+    // 0 rows leaves the size unset, as on a terminal that can't tell it.
     PtySession(const std::string& program, const std::vector<std::string>& args, const std::string& workDir,
                int rows, int columns);
     ~PtySession();
     PtySession(const PtySession&) = delete;
     PtySession& operator=(const PtySession&) = delete;
 
-    // Waits until `text` appears after the last match; true when it did. On success the
-    // output from the last match up to the end of this one goes to `before`, when given.
-    bool expect(const std::string& text, std::string* before = nullptr, int timeoutMs = 10000);
-    // The same for whichever of `texts` comes first: its index, or -1.
-    int expectOneOf(const std::vector<std::string>& texts, std::string* before = nullptr,
-                    int timeoutMs = 10000);
+    // Waits for whichever of `texts` comes first after the last match: its index, or -1.
+    // The output from the last match to the end of this one goes to `before`, when given.
+    int expectOneOf(const std::vector<std::string>& texts, std::string* before = nullptr);
+    bool expect(const std::string& text) { return expectOneOf({text}) == 0; }
     // Types `line` and Enter.
     void send(const std::string& line);
     // Waits until the program has switched echo off (a password prompt reads raw).
-    bool waitForNoEcho(int timeoutMs = 10000);
-    // Changes the terminal's size.
+    bool waitForNoEcho();
     void resize(int rows, int columns);
     // Reads to the end and gives the exit status; -1 when the program didn't exit by itself
-    // within the time (it is then killed).
-    int finish(int timeoutMs = 20000);
-    // All output so far.
+    // in time (it is then killed).
+    int finish();
     std::string transcript();
 
 private:
