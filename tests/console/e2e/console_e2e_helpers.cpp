@@ -9,10 +9,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
-#include <map>
 #include <poll.h>
+#include <set>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -30,14 +29,16 @@ std::string commandOf(const std::string& program, const std::vector<std::string>
     return line;
 }
 
-// A product file in the program's own scratch directory, made by quilb_pack the first time.
-std::string made(const std::string& name, const std::function<std::vector<std::string>(const std::string&)>& args)
+// A product file made by quilb_pack with `args` the first time it is asked for, kept in the
+// test program's scratch directory.
+std::string made(const std::string& name, std::vector<std::string> args)
 {
     static TempDir dir;
-    static std::map<std::string, bool> done;
-    std::string path = dir.path() + "/" + name;
-    if (done.emplace(name, true).second) {
-        CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", args(path)));
+    static std::set<std::string> done;
+    std::string path = dir.file(name);
+    if (done.insert(name).second) {
+        args.insert(args.end(), {"-o", path});
+        CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", args));
         if (result.exitCode != 0)
             ADD_FAILURE() << "quilb_pack couldn't make " << name << ":\n" << result.output;
     }
@@ -46,9 +47,8 @@ std::string made(const std::string& name, const std::function<std::vector<std::s
 
 long long nowMs()
 {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 } // namespace
@@ -62,30 +62,22 @@ std::string consoleData()
 // of its own under that name.
 std::string promptsPackage()
 {
-    return made("prompts.ibin", [](const std::string& path) {
-        std::vector<std::string> args = {"package", "-t", consoleData() + "/prompts/install.xml", "-o", path};
-        for (const char* document : {"license.md", "terms.rtf", "plain.md", "extra.md"}) {
-            args.push_back("--add");
-            args.push_back(std::string(document) + "=" + consoleData() + "/prompts/" + document);
-        }
-        return args;
-    });
+    std::string dir = consoleData() + "/prompts/";
+    return made("prompts.ibin", {"package", "-t", dir + "install.xml", "--add", "license.md=" + dir + "license.md",
+                                 "--add", "terms.rtf=" + dir + "terms.rtf", "--add", "plain.md=" + dir + "plain.md",
+                                 "--add", "extra.md=" + dir + "extra.md"});
 }
 
 std::string notesPackage()
 {
-    return made("notes.ibin", [](const std::string& path) {
-        std::string notes = sourceDir() + "/examples/quilb-notes";
-        return std::vector<std::string>{"package", "-t", notes + "/install.xml", "-b", notes, "--add",
-                                        "license.md=" + notes + "/license.md", "-o", path};
-    });
+    std::string dir = sourceDir() + "/examples/quilb-notes";
+    return made("notes.ibin",
+                {"package", "-t", dir + "/install.xml", "-b", dir, "--add", "license.md=" + dir + "/license.md"});
 }
 
 std::string heldPackage()
 {
-    return made("held.ibin", [](const std::string& path) {
-        return std::vector<std::string>{"package", "-t", consoleData() + "/held/install.xml", "-o", path};
-    });
+    return made("held.ibin", {"package", "-t", consoleData() + "/held/install.xml"});
 }
 
 // Only the console front end, lightly compressed: the sanitized builds are large.
@@ -93,10 +85,8 @@ std::string promptsInstaller()
 {
     if (!fileExists(binDir() + "/launcher"))
         return "";
-    return made("setup_prompts", [](const std::string& path) {
-        return std::vector<std::string>{"installer", "-p", promptsPackage(), "--level", "1", "--frontend",
-                                        "installer_console=" + installerConsole(), "-o", path};
-    });
+    return made("setup_prompts", {"installer", "-p", promptsPackage(), "--level", "1", "--frontend",
+                                  "installer_console=" + installerConsole()});
 }
 
 std::string installerConsole()
