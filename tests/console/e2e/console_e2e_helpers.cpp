@@ -125,17 +125,14 @@ void checkRuns(const std::vector<ConsoleRun>& runs)
         std::vector<std::string> before = snapshot(work.path());
         CommandResult result = runConsole(run.uninstaller ? uninstallerConsole() : installerConsole(), run.args,
                                           work.path(), run.input);
-        if (run.exitCode == -1)
-            EXPECT_NE(result.exitCode, 0) << result.output;
-        else
-            EXPECT_EQ(result.exitCode, run.exitCode) << result.output;
-        size_t size = std::min(run.output.size(), result.output.size());
+        EXPECT_TRUE(run.exitCode == -1 ? result.exitCode != 0 : result.exitCode == run.exitCode)
+            << "exit status " << result.exitCode << ":\n" << result.output;
+        std::string shown = result.output;
         if (run.match == Match::Start)
-            EXPECT_EQ(result.output.substr(0, run.output.size()), run.output) << result.output;
-        else if (run.match == Match::End)
-            EXPECT_EQ(result.output.substr(result.output.size() - size), run.output) << result.output;
-        else
-            EXPECT_EQ(result.output, run.output);
+            shown = shown.substr(0, run.output.size());
+        if (run.match == Match::End && shown.size() > run.output.size())
+            shown = shown.substr(shown.size() - run.output.size());
+        EXPECT_EQ(shown, run.output) << result.output;
         EXPECT_EQ(snapshot(work.path()), before);
     }
 }
@@ -214,59 +211,44 @@ PtySession::PtySession(const std::string& program, const std::vector<std::string
 
 PtySession::~PtySession()
 {
-    if (child > 0 && status == -1) {
-        if (!ended)
-            kill(-child, SIGKILL);
+    if (child > 0) {
+        kill(-child, SIGKILL);
         waitpid(child, nullptr, 0);
     }
     if (master >= 0)
         close(master);
 }
 
-int PtySession::pump(int timeoutMs)
+bool PtySession::pump(int timeoutMs)
 {
-    if (ended || master < 0)
-        return -1;
     struct pollfd poller = {master, POLLIN, 0};
-    int ready = poll(&poller, 1, timeoutMs);
-    if (ready == 0 || (ready < 0 && errno == EINTR))
-        return 0;
+    if (ended || master < 0)
+        return false;
+    if (poll(&poller, 1, timeoutMs) <= 0)
+        return true;
     char buffer[4096];
-    ssize_t count = ready > 0 ? read(master, buffer, sizeof buffer) : -1;
-    if (count > 0) {
+    ssize_t count = read(master, buffer, sizeof buffer);
+    if (count > 0)
         raw.append(buffer, static_cast<size_t>(count));
-        return 1;
-    }
-    if (count < 0 && errno == EINTR)
-        return 0;
-    ended = true;  // EIO: every holder of the terminal's other side has gone
-    return -1;
+    else if (count == 0 || errno != EINTR)
+        ended = true;  // EIO: every holder of the terminal's other side has gone
+    return !ended;
 }
 
-int PtySession::expectOneOf(const std::vector<std::string>& texts, std::string* before)
+bool PtySession::expect(const std::string& text, std::string* before)
 {
-    long long deadline = nowMs() + 10000;
-    for (;;) {
+    for (long long deadline = nowMs() + 10000;;) {
         std::string all = transcript();
-        size_t first = std::string::npos;
-        int which = -1;
-        for (size_t i = 0; i < texts.size(); ++i) {
-            size_t found = all.find(texts[i], mark);
-            if (found < first) {
-                first = found;
-                which = static_cast<int>(i);
-            }
-        }
-        if (which >= 0) {
-            size_t end = first + texts[which].size();
+        size_t found = all.find(text, mark);
+        if (found != std::string::npos) {
             if (before)
-                *before = all.substr(mark, end - mark);
-            mark = end;
-            return which;
+                *before = all.substr(mark, found + text.size() - mark);
+            mark = found + text.size();
+            return true;
         }
         long long left = deadline - nowMs();
-        if (left <= 0 || pump(static_cast<int>(left)) < 0)
-            return -1;
+        if (left <= 0 || !pump(static_cast<int>(left)))
+            return false;
     }
 }
 
@@ -297,27 +279,25 @@ void PtySession::resize(int rows, int columns)
 
 int PtySession::finish()
 {
-    if (child <= 0 || status != -1)
-        return child <= 0 ? -1 : status;
-    long long deadline = nowMs() + 20000;
-    while (!ended && nowMs() < deadline)
-        pump(static_cast<int>(std::max(1LL, deadline - nowMs())));
-    int wait = 0;
-    if (!ended) {
-        kill(-child, SIGKILL);
-        waitpid(child, &wait, 0);
-        child = -1;
+    for (long long deadline = nowMs() + 20000; !ended && nowMs() < deadline;)
+        pump(100);
+    if (child <= 0)
         return -1;
-    }
-    status = waitpid(child, &wait, 0) == child && WIFEXITED(wait) ? WEXITSTATUS(wait) : -2;
-    return status;
+    if (!ended)
+        kill(-child, SIGKILL);
+    int wait = 0;
+    bool exited = waitpid(child, &wait, 0) == child && WIFEXITED(wait) && ended;
+    child = -1;
+    return exited ? WEXITSTATUS(wait) : -1;
 }
 
 // Everything so far, with the terminal's CR LF turned into LF.
 std::string PtySession::transcript()
 {
-    while (pump(0) > 0) {
-    }
+    size_t size;
+    do
+        size = raw.size();
+    while (pump(0) && raw.size() != size);
     std::string text;
     for (size_t i = 0; i < raw.size(); ++i)
         if (raw[i] != '\r' || i + 1 == raw.size() || raw[i + 1] != '\n')

@@ -62,7 +62,7 @@ size_t occurrences(const std::string& text, const std::string& word);
 ::testing::AssertionResult inOrder(const std::string& text, const std::vector<std::string>& fragments);
 
 // A program at a pseudo-terminal, inside the sandbox. Output is kept with CR LF turned into
-// LF; the terminal echoes what is sent, as a real one does.
+// LF; the terminal echoes what is sent, as a real one does. A wait gives up after 10 seconds.
 class PtySession {
 public:
     // 0 rows leaves the size unset, as on a terminal that can't tell it.
@@ -72,14 +72,11 @@ public:
     PtySession(const PtySession&) = delete;
     PtySession& operator=(const PtySession&) = delete;
 
-    // Waits for whichever of `texts` comes first after the last match: its index, or -1.
-    // The output from the last match to the end of this one goes to `before`, when given.
-    int expectOneOf(const std::vector<std::string>& texts, std::string* before = nullptr);
-    bool expect(const std::string& text) { return expectOneOf({text}) == 0; }
-    // Types `line` and Enter.
-    void send(const std::string& line);
-    // Waits until the program has switched echo off (a password prompt reads raw).
-    bool waitForNoEcho();
+    // Waits until `text` appears after the last match. The output from the last match to the
+    // end of this one goes to `before`, when given.
+    bool expect(const std::string& text, std::string* before = nullptr);
+    void send(const std::string& line);  // types `line` and Enter
+    bool waitForNoEcho();                // as a password prompt reads
     void resize(int rows, int columns);
     // Reads to the end and gives the exit status; -1 when the program didn't exit by itself
     // in time (it is then killed).
@@ -87,14 +84,12 @@ public:
     std::string transcript();
 
 private:
-    // Reads what is there, waiting at most `timeoutMs`: 1 when something came, 0 when
-    // nothing did, -1 at the end of the output.
-    int pump(int timeoutMs);
+    // Reads what is there, waiting at most `timeoutMs`; false once the output has ended.
+    bool pump(int timeoutMs);
 
     int master = -1;
     pid_t child = -1;
     bool ended = false;
-    int status = -1;
     std::string raw;
     size_t mark = 0;
 };

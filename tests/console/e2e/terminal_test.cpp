@@ -148,21 +148,17 @@ TEST(TerminalTest, LicencePagesFollowTheTerminalHeight)
         ASSERT_TRUE(session.expect(kLicencePrompt)) << session.transcript();
         session.send("");
         std::vector<int> pages;
-        int prompts = 0;
-        for (;;) {
+        for (int prompt = 0; prompt <= paging.prompts; ++prompt) {
             std::string page;
-            int which = session.expectOneOf({kPagePrompt, "Target folder"}, &page);
-            ASSERT_GE(which, 0) << session.transcript();
+            ASSERT_TRUE(session.expect(prompt < paging.prompts ? kPagePrompt : "Target folder", &page))
+                << session.transcript();
             if (int lines = static_cast<int>(occurrences(page, "- line ")))
                 pages.push_back(lines);
-            if (which == 1)
-                break;
-            if (++prompts == 1 && paging.resizedRows)
+            if (prompt == 0 && paging.resizedRows)
                 session.resize(paging.resizedRows, 80);
             session.send("");
         }
         EXPECT_EQ(pages, paging.pages);
-        EXPECT_EQ(prompts, paging.prompts);
     }
 }
 
