@@ -66,7 +66,7 @@ TEST(BadInputTest, TestRunAnswersAtOnceOutsideAnySandbox)
         EXPECT_EQ(result.exitCode, 0) << program;
         EXPECT_EQ(result.output, "") << program;
     }
-    EXPECT_EQ(snapshot(work.path()), std::vector<std::string>{});
+    EXPECT_EQ(snapshot(work.path()), "");
 }
 
 } // namespace

@@ -2,13 +2,11 @@
 
 #include "support/paths.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <set>
@@ -122,7 +120,7 @@ void checkRuns(const std::vector<ConsoleRun>& runs)
         TempDir work;
         for (const auto& [name, content] : run.files)
             ASSERT_TRUE(writeFile(work.file(name), content));
-        std::vector<std::string> before = snapshot(work.path());
+        std::string before = snapshot(work.path());
         CommandResult result = runConsole(run.uninstaller ? uninstallerConsole() : installerConsole(), run.args,
                                           work.path(), run.input);
         EXPECT_TRUE(run.exitCode == -1 ? result.exitCode != 0 : result.exitCode == run.exitCode)
@@ -137,19 +135,11 @@ void checkRuns(const std::vector<ConsoleRun>& runs)
     }
 }
 
-std::vector<std::string> snapshot(const std::string& dir)
+std::string snapshot(const std::string& dir)
 {
-    namespace fs = std::filesystem;
-    std::vector<std::string> entries;
-    std::error_code error;
-    for (fs::recursive_directory_iterator it(dir, error), end; !error && it != end; it.increment(error)) {
-        std::string entry = fs::relative(it->path(), dir).string();
-        if (it->is_regular_file())
-            entry += " " + std::to_string(it->file_size());
-        entries.push_back(entry);
-    }
-    std::sort(entries.begin(), entries.end());
-    return entries;
+    return runCommand("cd " + shellQuote(dir) +
+                      " && find . -mindepth 1 \\( -type f -printf '%p %s\\n' -o -printf '%p\\n' \\) | sort")
+        .output;
 }
 
 size_t occurrences(const std::string& text, const std::string& word)

@@ -55,8 +55,8 @@ struct ConsoleRun {
 // Runs each in a directory of its own, which must be left as it was.
 void checkRuns(const std::vector<ConsoleRun>& runs);
 
-// Every path below `dir`, each with its size, sorted: a picture to compare before and after.
-std::vector<std::string> snapshot(const std::string& dir);
+// Every path below `dir`, files with their sizes, sorted: a picture to compare before and after.
+std::string snapshot(const std::string& dir);
 size_t occurrences(const std::string& text, const std::string& word);
 // Each fragment must come in this order, after the one before.
 ::testing::AssertionResult inOrder(const std::string& text, const std::vector<std::string>& fragments);

@@ -16,13 +16,13 @@ TEST(DebugLogTest, NamedByLevelInTheTemporaryFolder)
     const std::string minute = "installer_debug_20[0-9]{2}_[01][0-9]_[0-3][0-9]_[0-2][0-9]_[0-5][0-9]";
     const struct {
         const char* name;
-        std::string debug;     // the -debug argument, if any
-        std::string variable;  // QUILB_INSTALLER_DEBUG, empty for unset
+        std::string debug;     // the -debug argument
+        std::string variable;  // QUILB_INSTALLER_DEBUG
         std::string pattern;   // of the log's name; empty for no log
     } runs[] = {
         {"-debug=0 and a variable of 0: no log", "-debug=0", "0", ""},
         {"-debug is level 1: one name", "-debug", "", "installer_debug\\.log"},
-        {"the variable's \"TRUE\" is level 1", "", "TRUE", "installer_debug\\.log"},
+        {"the variable's \"TRUE\" is level 1", "-debug=0", "TRUE", "installer_debug\\.log"},
         {"level 2 adds the minute", "-debug=2", "", minute + "\\.log"},
         {"the greater level counts, level 3 adds the second", "-debug=1", "3", minute + "_[0-5][0-9]\\.log"},
     };
@@ -30,32 +30,26 @@ TEST(DebugLogTest, NamedByLevelInTheTemporaryFolder)
         SCOPED_TRACE(run.name);
         TempDir work;
         std::string temp = work.file("tmp");  // inside the directory the sandbox shares
-        ASSERT_EQ(runCommand("mkdir " + shellQuote(temp)).exitCode, 0);
         // An old log of the same name is emptied first.
-        ASSERT_TRUE(writeFile(temp + "/installer_debug.log", "stale line\n"));
-        std::vector<std::string> args = {"-bin=" + promptsPackage(), "-configFile=" + consoleData() + "/answers.xml"};
-        if (!run.debug.empty())
-            args.push_back(run.debug);
-        std::vector<std::string> env = {"TMPDIR=" + temp + "//"};
-        if (!run.variable.empty())
-            env.push_back("QUILB_INSTALLER_DEBUG=" + run.variable);
-        CommandResult result = runConsole(installerConsole(), args, work.path(), "", env);
+        ASSERT_EQ(runCommand("mkdir " + shellQuote(temp) + " && echo stale >" + shellQuote(temp + "/installer_debug.log"))
+                      .exitCode,
+                  0);
+        CommandResult result = runConsole(
+            installerConsole(), {"-bin=" + promptsPackage(), "-configFile=" + consoleData() + "/answers.xml", run.debug},
+            work.path(), "", {"TMPDIR=" + temp + "//", "QUILB_INSTALLER_DEBUG=" + run.variable});
         EXPECT_EQ(result.exitCode, 0) << result.output;
+        std::string files = snapshot(temp);
         if (run.pattern.empty()) {
             EXPECT_EQ(result.output, kSuccess);
-            EXPECT_EQ(readFile(temp + "/installer_debug.log"), "stale line\n");
+            EXPECT_EQ(files, "./installer_debug.log 6\n");
             continue;
         }
-        std::string logName;
-        for (const std::string& entry : snapshot(temp)) {
-            std::string name = entry.substr(0, entry.find(' '));
-            if (std::regex_match(name, std::regex(run.pattern)))
-                logName = name;
-        }
-        ASSERT_FALSE(logName.empty()) << "no log named like " << run.pattern << " in " << temp;
-        EXPECT_EQ(result.output, "Installer debug log file:\n\t" + temp + "/" + logName + "\n" + kSuccess);
-        std::string log = readFile(temp + "/" + logName);
-        EXPECT_EQ(log.find("stale line"), std::string::npos);
+        std::smatch found;
+        ASSERT_TRUE(std::regex_search(files, found, std::regex("\\./(" + run.pattern + ") "))) << files;
+        std::string path = temp + "/" + found[1].str();
+        EXPECT_EQ(result.output, "Installer debug log file:\n\t" + path + "\n" + kSuccess);
+        std::string log = readFile(path);
+        EXPECT_EQ(log.find("stale"), std::string::npos);
         EXPECT_TRUE(inOrder(log, {"Installer build: ", "Parsing command line arguments",
                                   "Installation was called with arguments:", "  [ARG 00] " + installerConsole(),
                                   "  [ARG 01] -bin=" + promptsPackage(), "  [ARG 02] -configFile=",
@@ -76,7 +70,7 @@ TEST(DebugLogTest, AFolderThatCantBeWrittenIsReportedAndTheRunGoesOn)
     EXPECT_EQ(result.exitCode, 0) << result.output;
     EXPECT_EQ(result.output, "ERROR: Failed to create installer debug log file:\n\t" +
                                  work.file("no/such/folder/installer_debug.log") + "\n" + kSuccess);
-    EXPECT_EQ(snapshot(work.path()), std::vector<std::string>{});
+    EXPECT_EQ(snapshot(work.path()), "");
 }
 
 } // namespace

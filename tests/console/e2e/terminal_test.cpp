@@ -96,7 +96,7 @@ TEST(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
             program = work.file("setup");
             ASSERT_EQ(runCommand("cp " + shellQuote(promptsInstaller()) + " " + shellQuote(program)).exitCode, 0);
         }
-        std::vector<std::string> before = snapshot(work.path());
+        std::string before = snapshot(work.path());
         PtySession session(program, dialogue.args, work.path(), dialogue.rows, dialogue.columns);
         bool ok = true;
         for (const Step& step : dialogue.steps) {

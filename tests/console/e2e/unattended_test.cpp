@@ -76,7 +76,7 @@ TEST(UnattendedTest, AFailureThroughTheSelfExtractingInstaller)
         GTEST_SKIP() << "no launcher was built";
     TempDir work;
     ASSERT_EQ(runCommand("cp " + shellQuote(promptsInstaller()) + " " + shellQuote(work.file("setup"))).exitCode, 0);
-    std::vector<std::string> before = snapshot(work.path());
+    std::string before = snapshot(work.path());
     CommandResult result = runConsole(work.file("setup"), {"-configFile=missing.xml", "-quiet=0"}, work.path());
     EXPECT_EQ(result.exitCode, 0) << result.output;
     EXPECT_TRUE(inOrder(result.output, {"Verifying installer integrity...OK.", "is a suitable installer. Installing...",
