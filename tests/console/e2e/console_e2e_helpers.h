@@ -1,8 +1,7 @@
 #pragma once
 // Running the console front end as a user would: real packages made by quilb_pack, runs with
-// a given standard input, and runs at a pseudo-terminal whose prompts a test answers.
-// Every run that gets as far as the engine goes through the private sandbox, since the
-// engine probes and writes fixed system paths.
+// piped input, and runs at a pseudo-terminal. Runs that reach the engine go through the
+// private sandbox, since the engine probes and writes fixed system paths.
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -14,8 +13,7 @@
 
 namespace quilbtest {
 
-// Packages made on first use, once per test program. A packing failure counts as a failure
-// of the running test; the path is given all the same.
+// Made on first use, once per test program; a packing failure fails the running test.
 std::string promptsPackage();    // tests/data/console/prompts with its documents
 std::string notesPackage();      // examples/quilb-notes
 std::string heldPackage();       // tests/data/console/held
@@ -32,10 +30,9 @@ const std::string kSuccess = "Automatic installation was successful!\n";
 const std::string kFailed = "There was an error during the (un)installation: -1\n";
 const std::string kClearedLine = "\r" + std::string(78, ' ') + "\r\n";
 
-// Runs `program` with `args` in `workDir` (inside the sandbox with `workDir` shared, unless
-// `sandboxed` is false), reading `input` from a pipe (empty input reads as end of file).
-// QUILB_INSTALLER_DIR is set to `workDir` so that nothing lands beside the built programs;
-// `env` adds "NAME=value" settings.
+// Runs `program` in `workDir` (in the sandbox with `workDir` shared, unless not `sandboxed`),
+// reading `input` from a pipe; empty input reads as end of file. QUILB_INSTALLER_DIR is
+// `workDir`, so that nothing lands beside the built programs; `env` adds "NAME=value"s.
 CommandResult runConsole(const std::string& program, const std::vector<std::string>& args,
                          const std::string& workDir, const std::string& input = "",
                          const std::vector<std::string>& env = {}, bool sandboxed = true);
@@ -78,9 +75,7 @@ public:
     void send(const std::string& line);  // types `line` and Enter
     bool waitForNoEcho();                // as a password prompt reads
     void resize(int rows, int columns);
-    // Reads to the end and gives the exit status; -1 when the program didn't exit by itself
-    // in time (it is then killed).
-    int finish();
+    int finish();  // reads to the end: the exit status, or -1 when it had to be killed
     std::string transcript();
 
 private:

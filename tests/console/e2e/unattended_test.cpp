@@ -45,26 +45,14 @@ TEST(UnattendedTest, ConsoleProgramWithConfigurationFile)
          "Several .ibin files are found - please choose one of them:\n\t1) a.ibin\n\t2) b.ibin\n\t3) Exit\n\n>" +
              promptsRun(fromFile),
          Match::Whole, "2\n", {{"a.ibin", readFile(notesPackage())}, {"b.ibin", package}}},
+        {"the sample product installs from its own configuration file",
+         {"-bin=" + notesPackage(), "-configFile=" + sourceDir() + "/examples/quilb-notes/config.xml", "-quiet=0"}, 0,
+         "Ready to install Quilb Notes to /opt/quilb-notes for Demo User.\n"
+         "The full edition with note templates will be installed.\nInstalling Quilb Notes...\n"
+         "Quilb Notes is installed in /opt/quilb-notes. Run /opt/quilb-notes/bin/quilb-notes to start.\n" +
+             kClearedLine + kSuccess,
+         Match::End},
     });
-}
-
-TEST(UnattendedTest, SampleProductFromItsOwnConfigurationFile)
-{
-    QUILB_REQUIRE_SANDBOX();
-    TempDir work;
-    std::string target = work.file("notes");
-    CommandResult result = runConsole(installerConsole(),
-                                      {"-bin=" + notesPackage(),
-                                       "-configFile=" + sourceDir() + "/examples/quilb-notes/config.xml", "-quiet=0",
-                                       "-VARIABLE_INSTALLDIR=" + target},
-                                      work.path());
-    EXPECT_EQ(result.exitCode, 0) << result.output;
-    EXPECT_TRUE(inOrder(result.output, {kBanner, "Welcome to the installation of Quilb Notes 1.2.\n",
-                                        "Quilb Notes licence\n", "Where shall Quilb Notes be installed?\n",
-                                        "Ready to install Quilb Notes to " + target + " for Demo User.\n" +
-                                            "The full edition with note templates will be installed.\n",
-                                        "Quilb Notes is installed in " + target + ".", kSuccess}));
-    EXPECT_EQ(result.output.find("The standard edition"), std::string::npos);
 }
 
 // The launcher hands its arguments over and cleans up, and a front end that fails still lets
