@@ -97,19 +97,23 @@ std::string uninstallerConsole()
     return binDir() + "/uninstaller_console";
 }
 
+// The start of a shell line that enters `workDir` with the settings every run shares.
+static std::string entering(const std::string& workDir, const std::vector<std::string>& env)
+{
+    std::string line = "cd " + shellQuote(workDir) + " && unset QUILB_INSTALLER_DEBUG && export QUILB_INSTALLER_DIR=" +
+                       shellQuote(workDir + "/");
+    for (const std::string& setting : env)
+        line += " " + setting.substr(0, setting.find('=') + 1) + shellQuote(setting.substr(setting.find('=') + 1));
+    return line + " && ";
+}
+
 CommandResult runConsole(const std::string& program, const std::vector<std::string>& args,
                          const std::string& workDir, const std::string& input,
                          const std::vector<std::string>& env, bool sandboxed)
 {
-    std::string line = "cd " + shellQuote(workDir) + " && unset QUILB_INSTALLER_DEBUG && ";
-    line += input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ";
-    line += "QUILB_INSTALLER_DIR=" + shellQuote(workDir + "/") + " ";
-    for (const std::string& setting : env) {
-        size_t equals = setting.find('=');
-        line += setting.substr(0, equals) + "=" + shellQuote(setting.substr(equals + 1)) + " ";
-    }
     // A wizard that waits for ever must not hang the tests.
-    line += "timeout -k 5 60 " + commandOf(program, args) + (input.empty() ? " </dev/null" : "");
+    std::string line = entering(workDir, env) + (input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ") +
+                       "timeout -k 5 60 " + commandOf(program, args) + (input.empty() ? " </dev/null" : "");
     return sandboxed ? runInSandbox(line, {workDir}) : runCommand(line);
 }
 
@@ -171,21 +175,15 @@ PtySession::PtySession(const std::string& program, const std::vector<std::string
     std::string slaveName = ptsname(master);
     if (rows > 0)
         resize(rows, columns);
-    std::vector<std::string> words = {"/bin/bash", sourceDir() + "/scripts/sandbox.sh", "-b", workDir, "--", program};
-    words.insert(words.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& word : words)
-        argv.push_back(&word[0]);
-    argv.push_back(nullptr);
-    std::string installerDir = workDir + "/";
-
+    std::string line = entering(workDir, {}) + "exec /bin/bash " + shellQuote(sourceDir() + "/scripts/sandbox.sh") +
+                       " -b " + shellQuote(workDir) + " -- " + commandOf(program, args);
     child = fork();
     if (child != 0)
         return;
     // The child: a session of its own with the terminal as its controlling one.
     setsid();
     int slave = open(slaveName.c_str(), O_RDWR);
-    if (slave < 0 || chdir(workDir.c_str()) != 0)
+    if (slave < 0)
         _exit(126);
     ioctl(slave, TIOCSCTTY, 0);
     for (int fd = 0; fd < 3; ++fd)
@@ -193,9 +191,7 @@ PtySession::PtySession(const std::string& program, const std::vector<std::string
     if (slave > 2)
         close(slave);
     close(master);
-    unsetenv("QUILB_INSTALLER_DEBUG");
-    setenv("QUILB_INSTALLER_DIR", installerDir.c_str(), 1);
-    execv(argv[0], argv.data());
+    execl("/bin/sh", "sh", "-c", line.c_str(), static_cast<char*>(nullptr));
     _exit(127);
 }
 

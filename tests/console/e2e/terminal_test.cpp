@@ -168,7 +168,8 @@ TEST(TerminalTest, AnswersReadFromAPipeInOrder)
     };
     checkRuns({
         {"a password among the answers", {bin}, 0,
-         ending("TARGET=/srv/x OWNER=Jane CODE=secret LINK=1 EDITION=1 PLAN=desk plan"), Match::End, "\n/srv/x\nJane\nsecret\nyes\n\n2\n"},
+         ending("TARGET=/srv/x OWNER=Jane CODE=secret LINK=1 EDITION=1 PLAN=desk plan"), Match::End,
+         "\n/srv/x\nJane\nsecret\nyes\n\n2\n"},
         {"the input ends: every field keeps the value it offered",
          {bin, "-VARIABLE_TARGET=/cli", "-VARIABLE_OWNER=cli", "-VARIABLE_CODE=pw", "-VARIABLE_LINK=1",
           "-VARIABLE_EDITION=1"},
