@@ -2,8 +2,6 @@
 // the exit status, and a working directory left as it was.
 #include "console/e2e/console_e2e_helpers.h"
 
-#include "support/paths.h"
-
 using namespace quilbtest;
 
 namespace {

@@ -1,7 +1,5 @@
 #include "console/e2e/console_e2e_helpers.h"
 
-#include "support/paths.h"
-
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -51,11 +49,6 @@ long long nowMs()
 
 } // namespace
 
-std::string consoleData()
-{
-    return dataDir() + "/console";
-}
-
 // The engine finds a template by the file name "install.xml", so each lies in a directory
 // of its own under that name.
 std::string promptsPackage()
@@ -85,16 +78,6 @@ std::string promptsInstaller()
         return "";
     return made("setup_prompts", {"installer", "-p", promptsPackage(), "--level", "1", "--frontend",
                                   "installer_console=" + installerConsole()});
-}
-
-std::string installerConsole()
-{
-    return binDir() + "/installer_console";
-}
-
-std::string uninstallerConsole()
-{
-    return binDir() + "/uninstaller_console";
 }
 
 // The start of a shell line that enters `workDir` with the settings every run shares.

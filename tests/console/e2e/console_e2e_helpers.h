@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/paths.h"
 #include "support/process.h"
 
 namespace quilbtest {
@@ -19,9 +20,9 @@ std::string notesPackage();      // examples/quilb-notes
 std::string heldPackage();       // tests/data/console/held
 std::string promptsInstaller();  // launcher + prompts package; empty without a launcher
 
-std::string installerConsole();
-std::string uninstallerConsole();
-std::string consoleData();       // tests/data/console
+inline std::string installerConsole() { return binDir() + "/installer_console"; }
+inline std::string uninstallerConsole() { return binDir() + "/uninstaller_console"; }
+inline std::string consoleData() { return dataDir() + "/console"; }
 
 const std::string kBanner = "*******************************\n"
                             "* Quilb Group installer       *\n"

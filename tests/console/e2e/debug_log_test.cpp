@@ -2,8 +2,6 @@
 // first lines tell.
 #include "console/e2e/console_e2e_helpers.h"
 
-#include "support/paths.h"
-
 #include <regex>
 
 using namespace quilbtest;

@@ -2,8 +2,6 @@
 // must not come twice; a dialog marked Automated waits for the program instead.
 #include "console/e2e/console_e2e_helpers.h"
 
-#include "support/paths.h"
-
 using namespace quilbtest;
 
 namespace {

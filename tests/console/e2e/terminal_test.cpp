@@ -2,8 +2,6 @@
 // documents and hides a password, and from a pipe.
 #include "console/e2e/console_e2e_helpers.h"
 
-#include "support/paths.h"
-
 using namespace quilbtest;
 
 namespace {

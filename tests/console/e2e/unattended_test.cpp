@@ -2,8 +2,6 @@
 // the self-extracting installer: what is printed and how the run ends.
 #include "console/e2e/console_e2e_helpers.h"
 
-#include "support/paths.h"
-
 using namespace quilbtest;
 
 namespace {
