@@ -1,5 +1,5 @@
-// Unattended runs from a configuration file, straight from the console program and through
-// the self-extracting installer: what is printed and how the run ends.
+// Unattended runs from a configuration file or under -auto: what is printed and how the run
+// ends. The self-extracting installer is run at a terminal.
 #include "console/e2e/console_e2e_helpers.h"
 
 using namespace quilbtest;
@@ -51,24 +51,6 @@ TEST(UnattendedTest, ConsoleProgramWithConfigurationFile)
              kClearedLine + kSuccess,
          Match::End},
     });
-}
-
-// The launcher hands its arguments over and cleans up, and a front end that fails still lets
-// it end with 0. A successful launch is shown at a terminal.
-TEST(UnattendedTest, AFailureThroughTheSelfExtractingInstaller)
-{
-    QUILB_REQUIRE_SANDBOX();
-    if (promptsInstaller().empty())
-        GTEST_SKIP() << "no launcher was built";
-    TempDir work;
-    ASSERT_EQ(runCommand("cp " + shellQuote(promptsInstaller()) + " " + shellQuote(work.file("setup"))).exitCode, 0);
-    std::string before = snapshot(work.path());
-    CommandResult result = runConsole(work.file("setup"), {"-configFile=missing.xml", "-quiet=0"}, work.path());
-    EXPECT_EQ(result.exitCode, 0) << result.output;
-    EXPECT_TRUE(inOrder(result.output, {"Verifying installer integrity...OK.", "is a suitable installer. Installing...",
-                                        "The file \"missing.xml\" does not exist! Please specify existing file!\n",
-                                        kFailed, "Deleted "}));
-    EXPECT_EQ(snapshot(work.path()), before) << "the launcher left files behind";
 }
 
 } // namespace
