@@ -32,7 +32,8 @@ TEST(BadInputTest, RefusedWithTheirMessageAndStatusLeavingNothingBehind)
         {"a package that isn't there", {"-bin=nowhere.ibin", "-configFile=" + consoleData() + "/answers.xml"}, -1,
          "There was an error during the (un)installation: -", Match::Start},
         {"a package that is no package", {"-bin=junk.ibin", "-quiet=0"}, -1,
-         "There was an error during the (un)installation: -", Match::Start, "", {{"junk.ibin", std::string(4000, 'j')}}},
+         "There was an error during the (un)installation: -", Match::Start, "",
+         {{"junk.ibin", std::string(4000, 'j')}}},
         {"no package in the working directory", {}, 1, "Cannot install. Use -bin=... to specify .ibin file!\n"},
         {"several packages, wrong numbers asked again, then Exit", {}, 1,
          several + "Please, enter a number in [1 - 3]: Please, enter a number in [1 - 3]: "

@@ -11,6 +11,7 @@ namespace {
 TEST(DebugLogTest, NamedByLevelInTheTemporaryFolder)
 {
     QUILB_REQUIRE_SANDBOX();
+    const std::string answers = "-configFile=" + consoleData() + "/answers.xml";
     const std::string minute = "installer_debug_20[0-9]{2}_[01][0-9]_[0-3][0-9]_[0-2][0-9]_[0-5][0-9]";
     const struct {
         const char* name;
@@ -27,14 +28,14 @@ TEST(DebugLogTest, NamedByLevelInTheTemporaryFolder)
     for (const auto& run : runs) {
         SCOPED_TRACE(run.name);
         TempDir work;
-        std::string temp = work.file("tmp");  // inside the directory the sandbox shares
-        // An old log of the same name is emptied first.
-        ASSERT_EQ(runCommand("mkdir " + shellQuote(temp) + " && echo stale >" + shellQuote(temp + "/installer_debug.log"))
-                      .exitCode,
-                  0);
-        CommandResult result = runConsole(
-            installerConsole(), {"-bin=" + promptsPackage(), "-configFile=" + consoleData() + "/answers.xml", run.debug},
-            work.path(), "", {"TMPDIR=" + temp + "//", "QUILB_INSTALLER_DEBUG=" + run.variable});
+        // A folder inside the directory the sandbox shares, with an old log of the name that
+        // level 1 uses: it is emptied first.
+        std::string temp = work.file("tmp");
+        ASSERT_EQ(runCommand("mkdir " + shellQuote(temp)).exitCode, 0);
+        ASSERT_TRUE(writeFile(temp + "/installer_debug.log", "stale\n"));
+        CommandResult result =
+            runConsole(installerConsole(), {"-bin=" + promptsPackage(), answers, run.debug}, work.path(), "",
+                       {"TMPDIR=" + temp + "//", "QUILB_INSTALLER_DEBUG=" + run.variable});
         EXPECT_EQ(result.exitCode, 0) << result.output;
         std::string files = snapshot(temp);
         if (run.pattern.empty()) {
