@@ -39,10 +39,6 @@ TEST(UnattendedTest, ConsoleProgramWithConfigurationFile)
          "Warning: Cannot automatically (un)install in GUI mode (reverting to CLI mode)\n" + kSuccess},
         {"the one package in the working directory is taken", {"-configFile=" + answers}, 0, kSuccess, Match::Whole,
          "", {{"only.ibin", package}}},
-        {"one of several is chosen by its number", {"-configFile=" + answers, "-quiet=0"}, 0,
-         "Several .ibin files are found - please choose one of them:\n\t1) a.ibin\n\t2) b.ibin\n\t3) Exit\n\n>" +
-             promptsRun(fromFile),
-         Match::Whole, "2\n", {{"a.ibin", readFile(notesPackage())}, {"b.ibin", package}}},
         {"the sample product installs from its own configuration file",
          {"-bin=" + notesPackage(), "-configFile=" + sourceDir() + "/examples/quilb-notes/config.xml", "-quiet=0"}, 0,
          "Ready to install Quilb Notes to /opt/quilb-notes for Demo User.\n"
