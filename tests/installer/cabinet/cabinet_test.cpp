@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstring>
 #include <functional>
 #include <string>
@@ -97,6 +99,19 @@ TEST(Cabinet, InitFailures)
         TeskUtils::PtrArray<unsigned char> out;
         EXPECT_EQ(engine.Decompress(0, size, out, nullptr), -1) << row.name;
     }
+}
+
+TEST(Cabinet, ShortReadGivesMinusFour)
+{
+    // A sysfs attribute reports a size of 4096 bytes, but a read brings only its few characters.
+    const char* path = "/sys/kernel/uevent_seqnum";
+    if (access(path, R_OK) != 0)
+        GTEST_SKIP() << "needs " << path << " (sysfs) as a file that reads short";
+    Installer engine;
+    Loaded loaded = load(engine, path, 0);
+    EXPECT_EQ(loaded.code, -4) << loaded.log;
+    EXPECT_EQ(quilbtest::lastLogLine(loaded.log), "Reading compressed cabinet into memory");
+    EXPECT_EQ(engine.cabinetData, nullptr);
 }
 
 TEST(Cabinet, SolidRoundTrip)
