@@ -41,7 +41,8 @@ TEST(TerminalTest, AnswersLandInTheVariablesTheWizardShowsAfterwards)
           {"Make a link in /srv/prompt/data/ (no or yes): ", "YES"},
           {"Serve others ([no] or yes): ", ""},
           {"Edition\n\x1b[0m  1) Basic: the bare program\n\x1b[0m  2) Full: with examples\n"
-           "\x1b[31m  3) Server: for a server\n\x1b[0mEnter your choice [1-3]: ", "2"}},
+           "\x1b[31m  3) Server: for a server\n\x1b[0mEnter your choice [1-3]: ", "3"},
+          {"Choice 3 is disabled, choose something else!\nEnter your choice [1-3]: ", "2"}},
          {"Summary: TARGET=/srv/prompt/data/ OWNER=Jane Doe CODE=  s3 cr3t   LINK=1 EDITION=1 PLAN=desk plan\n"
           "Prompt Check is set up.\n"},
          {"Never asked"}},
