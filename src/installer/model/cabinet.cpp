@@ -165,6 +165,10 @@ int Installer::Init(const char* path, int offset, unsigned int flags)
         CabinetFile& file = cabinetFiles.append();
         file.offset = place;
         std::memcpy(&file.tag, cabinetData + place, kCabinetRecordHeaderSize);
+        // The texts are looked up with strcmp: a damaged record that fills a field to
+        // its end must not make a lookup run on into the next record.
+        file.name[sizeof(file.name) - 1] = '\0';
+        file.alias[sizeof(file.alias) - 1] = '\0';
         uint64_t next = place + kCabinetRecordHeaderSize + file.storedSize;
         if (next < place) {
             // A stored size that wraps around the address space can't be a record.

@@ -219,6 +219,24 @@ TEST(Cabinet, DecompressWarnings)
     }
 }
 
+// A damaged record whose name and alias fill their fields without a NUL: both are cut at
+// their last byte, and a lookup stays within the record.
+TEST(Cabinet, TextFieldsWithoutTerminatorAreCut)
+{
+    const std::string name(kCabinetNameSize, 'n'), alias(kCabinetAliasSize, 'a');
+    const std::string stream = quilbtest::recordHeader(kCabinetFileTag, 3, 3, name, alias) + "abc"
+        + quilbtest::recordHeader(kCabinetFileTag, 1, 1, "next", "next") + "z" + quilbtest::endRecord();
+    quilbtest::TempDir dir;
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("full.cab"), quilbtest::cabinetHeader() + quilbtest::solidOf(stream, 1)));
+    Installer engine;
+    ASSERT_EQ(engine.Init(dir.file("full.cab").c_str(), 0, 0), 0);
+    ASSERT_EQ(engine.cabinetFiles.size(), 2);
+    EXPECT_EQ(std::strlen(engine.cabinetFiles[0].name), name.size() - 1);
+    EXPECT_EQ(std::strlen(engine.cabinetFiles[0].alias), alias.size() - 1);
+    EXPECT_EQ(contentOf(engine, alias.substr(1).c_str()), "abc");
+    EXPECT_EQ(contentOf(engine, "next"), "z");
+}
+
 // A plain cabinet holds a zlib stream per file, and gives out only empty files.
 TEST(Cabinet, PlainCabinetGivesOutOnlyEmptyFiles)
 {
