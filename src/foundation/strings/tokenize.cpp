@@ -250,11 +250,9 @@ int delimitedSubstring(const char* text, char open, char close, char* out, unsig
     const char* end = closing ? closing : text + strlen(text);
     if (start > end)
         return 0;
+    // No NUL lies between start and end, so the copy stops at end or at the size.
     size_t length = static_cast<size_t>(end - start);
-    if (length > size - 1)
-        length = size - 1;
-    memcpy(out, start, length);
-    out[length] = '\0';
+    copyBounded(out, start, length + 1 < size ? length + 1 : size);
     return 1;
 }
 

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <strings.h>
 
+#include "foundation/strings/bounded_copy.h"
+
 namespace {
 
 const int kError = -1;
@@ -186,11 +188,11 @@ int ConditionParser::getString(const char* text, int& pos, char* buffer, int siz
 
     if (c == '\'') {
         ++pos;
-        int length = 0;
-        while (text[pos] && text[pos] != '\'' && length + 1 < size)
-            buffer[length++] = text[pos++];
-        if (size > 0)
-            buffer[length] = '\0';
+        // Up to the closing quote, at most size-1 characters; a longer string leaves the
+        // position inside it.
+        size_t span = strcspn(text + pos, "'");
+        size_t room = size > 0 ? static_cast<size_t>(size) : 0;
+        pos += static_cast<int>(TeskUtils::copyBounded(buffer, text + pos, span + 1 < room ? span + 1 : room));
         if (text[pos] == '\'')
             ++pos;
         return kString;
