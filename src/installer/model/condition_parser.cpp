@@ -47,14 +47,13 @@ int readNumber(const char* text, int& pos)
     ++pos;
     if (text[pos] == 'x' || text[pos] == 'X') {
         ++pos;
+        // The first eight digits count; the rest are stepped over.
+        int span = 0;
+        while (isHexDigit(text[pos + span]))
+            ++span;
         char digits[9];
-        int kept = 0;
-        while (isHexDigit(text[pos])) {
-            if (kept < 8)
-                digits[kept++] = text[pos];
-            ++pos;
-        }
-        digits[kept] = '\0';
+        size_t kept = TeskUtils::copyBounded(digits, text + pos, span < 8 ? span + 1 : sizeof(digits));
+        pos += span;
         return kept ? wrap(static_cast<unsigned int>(strtol(digits, nullptr, 16))) : 0;
     }
     // Octal, with 8 and 9 taken as digits all the same.
