@@ -181,9 +181,10 @@ void ConsoleUI::DisplayEULA(const char* text)
     const char* prompt = "\nPress ENTER for the next page...";
     int columns = 0;
     int rows = 0;
-    if (!getTerminalSize(columns, rows) || rows < 3) {
-        if (!quiet)
-            fputs(text ? text : "", stdout);
+    // A quiet run only comes here for a dialog that holds the wizard; it shows the text
+    // without stopping at each page.
+    if (quiet || !getTerminalSize(columns, rows) || rows < 3) {
+        fputs(text ? text : "", stdout);
         fflush(stdout);
         return;
     }
@@ -196,21 +197,17 @@ void ConsoleUI::DisplayEULA(const char* text)
         closedPage = false;
         if (*p != '\n' || ++lines < pageLines)
             continue;
-        if (!quiet) {
-            fputs(pageBuffer.c_str(), stdout);
-            if (input)
-                input->wait_for_next(prompt);
-            fputs("\n\n", stdout);
-            fflush(stdout);
-        }
+        fputs(pageBuffer.c_str(), stdout);
+        if (input)
+            input->wait_for_next(prompt);
+        fputs("\n\n", stdout);
+        fflush(stdout);
         pageBuffer.clear();
         lines = 0;
         closedPage = true;
         if (getTerminalSize(columns, rows) && rows >= 3)
             pageLines = rows - 2;
     }
-    if (quiet)
-        return;
     fputs(pageBuffer.c_str(), stdout);
     if (!closedPage && input)
         input->wait_for_next(prompt);

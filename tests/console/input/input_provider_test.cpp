@@ -1,27 +1,10 @@
 #include "console/input_provider.h"
 
-#include "support/paths.h"
+#include "console/input/converse.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <string>
+using quilbtest::converse;
 
 namespace {
-
-// Feeds `input` to standard input and captures standard output while `ask` runs.
-template <typename Ask>
-std::string converse(const std::string& input, Ask ask)
-{
-    quilbtest::TempDir dir;
-    std::string path = dir.file("answers");
-    quilbtest::writeFile(path, input);
-    EXPECT_NE(freopen(path.c_str(), "r", stdin), nullptr);
-    testing::internal::CaptureStdout();
-    ask();
-    fflush(stdout);
-    return testing::internal::GetCapturedStdout();
-}
 
 TEST(UserInput, QuestionOffersTheDefaultAndAsksAgainUntilOneAnswerMatches)
 {
@@ -42,6 +25,8 @@ TEST(UserInput, QuestionOffersTheDefaultAndAsksAgainUntilOneAnswerMatches)
         { "case-sensitive prefix", "y\n", -1, true, true, 1, "Install? (no or yes): " },
         { "case-sensitive refuses other case", "Y\nyes\n", -1, true, false, 1,
           "Install? (no or yes): Please, answer with no or yes: " },
+        { "an empty prefix matches both: asked again", "\nn\n", -1, true, true, 0,
+          "Install? (no or yes): Please, answer with no or yes: " },
     };
     for (const Case& c : cases) {
         User user;
@@ -52,16 +37,6 @@ TEST(UserInput, QuestionOffersTheDefaultAndAsksAgainUntilOneAnswerMatches)
         EXPECT_EQ(answer, c.expected) << c.name;
         EXPECT_EQ(output, c.output) << c.name;
     }
-}
-
-TEST(UserInput, AmbiguousPrefixIsAskedAgain)
-{
-    User user;
-    int answer = -2;
-    std::string output = converse("\nCancel\n", [&] { answer = user.question("Go on?", -1, "OK", "Cancel", true, true); });
-    // An empty line is a prefix of both answers.
-    EXPECT_EQ(answer, 1);
-    EXPECT_EQ(output, "Go on? (OK or Cancel): Please, answer with OK or Cancel: ");
 }
 
 TEST(UserInput, MultipleChoiceRefusesDisabledAndInvalidNumbers)
@@ -78,16 +53,6 @@ TEST(UserInput, MultipleChoiceRefusesDisabledAndInvalidNumbers)
               "Enter your choice [1-3]: Please, answer with a number (1 to 3)\n"
               "Enter your choice [1-3]: Please, answer with a number (1 to 3)\n"
               "Enter your choice [1-3]: ");
-}
-
-TEST(UserInput, MultipleChoiceTakesTheDefaultOnAnEmptyLine)
-{
-    const char* choices[] = { "a", "b" };
-    User user;
-    int answer = -2;
-    std::string output = converse("\n", [&] { answer = user.multiplechoice("Pick", 1, choices, 2, nullptr); });
-    EXPECT_EQ(answer, 1);
-    EXPECT_NE(output.find("Enter your choice [1-2, default is 2]: "), std::string::npos) << output;
 }
 
 TEST(UserInput, GetLineOffersCurrentThenDefault)
@@ -115,15 +80,6 @@ TEST(UserInput, GetLineOffersCurrentThenDefault)
     }
 }
 
-TEST(UserInput, HiddenInputHonoursBackspaceAndPrintsANewline)
-{
-    User user;
-    char buffer[64];
-    std::string output = converse("sx\x7f" "ecret\n", [&] { user.get_line("Password", buffer, sizeof buffer, "", "", false); });
-    EXPECT_STREQ(buffer, "secret");
-    EXPECT_EQ(output, "Password:\n");
-}
-
 TEST(AutomatedInput, AnswersWithoutAsking)
 {
     Automated automated(nullptr, false);
@@ -134,31 +90,6 @@ TEST(AutomatedInput, AnswersWithoutAsking)
     EXPECT_EQ(automated.question("q", 1, "no", "yes", false, false), 1);
     const char* choices[] = { "a", "b" };
     EXPECT_EQ(automated.multiplechoice("m", 0, choices, 2, nullptr), 0);
-}
-
-TEST(AutomatedInput, RefusesAMissingOrForeignConfigurationFile)
-{
-    quilbtest::TempDir dir;
-    quilbtest::writeFile(dir.file("good.xml"), "<DefValues><Value Name=\"A\" DataType=\"value\">1</Value></DefValues>");
-    quilbtest::writeFile(dir.file("other.xml"), "<Something/>");
-    struct Case {
-        std::string path;
-        bool ok;
-        std::string output;
-    } const cases[] = {
-        { dir.file("good.xml"), true, "" },
-        { dir.file("missing.xml"), false,
-          "The file \"" + dir.file("missing.xml") + "\" does not exist! Please specify existing file!\n" },
-        { dir.file("other.xml"), false,
-          "The file \"" + dir.file("other.xml")
-              + "\" is not a propper XML installation config file. The installation can not continue!\n" },
-    };
-    for (const Case& c : cases) {
-        Automated automated(c.path.c_str(), false);
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(automated.init(), c.ok) << c.path;
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.output);
-    }
 }
 
 TEST(AutomatedInput, FinishNamesInstallOrUninstall)
