@@ -2,6 +2,7 @@
 #include "console/console_main.h"
 
 #include "console/console_ui.h"
+#include "console/input_provider.h"
 #include "console/install_rights.h"
 #include "foundation/misc/cl_parser.h"
 #include "foundation/misc/installer_file_utils.h"
@@ -267,6 +268,11 @@ int RunConsoleFrontEnd(int argc, char** argv)
         const char* input = options.autoRun ? "autoInstall" : options.configFile;
         log.Dump("Initializing install input: input=\"%s\"", input);
         ui.init_input(input, inputAutomated);
+        // A configuration file given as an address was fetched to a local file, which is
+        // the one the engine has to read.
+        const Automated* fromFile = dynamic_cast<const Automated*>(ui.getInput());
+        if (fromFile && fromFile->file()[0] && strcmp(fromFile->file(), options.configFile) != 0)
+            installer.setConfigFileName(fromFile->file());
     } else {
         const char* hint = options.autoRun ? "autoUninstall" : "uninstall";
         log.Dump("Initializing uninstall input: hint=\"%s\"", hint);

@@ -72,6 +72,8 @@ public:
                        const bool* enabled) const override;
     void showmessage(const char* text) const override;
     void finish(bool error) const override;
+    // The configuration file it answers from; "" for none.
+    const char* file() const { return path; }
 
 private:
     char path[520];

@@ -2,6 +2,9 @@
 // ends. The self-extracting installer is run at a terminal.
 #include "console/e2e/console_e2e_helpers.h"
 
+#include <algorithm>
+#include <unistd.h>
+
 using namespace quilbtest;
 
 namespace {
@@ -47,6 +50,25 @@ TEST(UnattendedTest, ConsoleProgramWithConfigurationFile)
              kClearedLine + kSuccess,
          Match::End},
     });
+}
+
+TEST(UnattendedTest, ConfigurationFileFetchedFromAnAddress)
+{
+    QUILB_REQUIRE_SANDBOX();
+    if (runCommand("command -v wget && command -v python3").exitCode != 0)
+        GTEST_SKIP() << "no wget, or no python3 to serve the file";
+    TempDir work;
+    const std::string address = "http://127.0.0.1:" + std::to_string(20000 + getpid() % 20000);
+    // A web server for the test data runs beside the installer until the installer ends.
+    const std::string script = "python3 -m http.server " + address.substr(17) + " --bind 127.0.0.1 --directory " +
+                               shellQuote(consoleData()) + " >/dev/null 2>&1 & server=$!; for i in $(seq 50); do "
+                               "wget -q -O /dev/null " + address + " && break; sleep 0.1; done; \"$0\" \"$@\"; "
+                               "status=$?; kill $server; exit $status";
+    CommandResult result = runConsole("/bin/sh", {"-c", script, installerConsole(), "-bin=" + promptsPackage(),
+                                                  "-configFile=" + address + "/answers.xml"}, work.path());
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+    EXPECT_EQ(result.output.substr(result.output.size() - std::min(result.output.size(), kSuccess.size())), kSuccess)
+        << result.output;
 }
 
 } // namespace
