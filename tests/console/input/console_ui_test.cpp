@@ -16,43 +16,37 @@ class OneDialog : public InstallExchangeInfo {
 public:
     OneDialog()
     {
-        add(CTRL_TEXT, "Welcome", "");
-        add(CTRL_TEXT, "Hidden", "no");
-        add(CTRL_TEXT, "Shown", "yes");
-        add(CTRL_IMAGE, "logo", "");
+        const struct { int type; const char* text; const char* condition; } controls[] = {
+            {CTRL_TEXT, "Welcome", ""}, {CTRL_TEXT, "Hidden", "no"}, {CTRL_TEXT, "Shown", "yes"}, {CTRL_IMAGE, "logo", ""}};
+        for (const auto& c : controls) {
+            UICTRL& control = dialog.controls.append();
+            control.type = c.type;
+            control.setText(c.text);
+            snprintf(control.condition, sizeof control.condition, "%s", c.condition);
+        }
     }
     ~OneDialog() override { dialog.conditionObject = nullptr; }
 
     DLGINFO* GetDialogInfo(int dlg, int sub) override { return dlg == 0 && sub < 0 ? &dialog : nullptr; }
-    int GetDlgItemCount(int dlg, int sub) override { return dlg == 0 && sub < 0 ? dialog.controls.count : 0; }
-    UICTRL* GetDlgItem(int dlg, int index, int sub) override
+    int GetDlgItemCount(int dlg, int sub) override { return GetDialogInfo(dlg, sub) ? dialog.controls.count : 0; }
+    UICTRL* GetDlgItem(int dlg, int i, int sub) override
     {
-        return index >= 0 && index < GetDlgItemCount(dlg, sub) ? &dialog.controls[index] : nullptr;
+        return i >= 0 && i < GetDlgItemCount(dlg, sub) ? &dialog.controls[i] : nullptr;
     }
     int EvalCondition(const char* condition) override { return !*condition || strcmp(condition, "yes") == 0; }
     int ExpandString(const char* text, char* buffer, int size, bool) override
     {
-        if (buffer && size > 0)
-            snprintf(buffer, size, "%s", text);
-        return *text ? static_cast<int>(strlen(text)) + 1 : 0;
+        return buffer ? snprintf(buffer, size, "%s", text) + 1 : static_cast<int>(strlen(text)) + 1;
     }
     SETTINGSTATE GetStateSettings() override { return state; }
 
     DLGINFO dialog;
     SETTINGSTATE state = SETTING_IDLE;
-
-private:
-    void add(int type, const char* text, const char* condition)
-    {
-        UICTRL& control = dialog.controls.append();
-        control.type = type;
-        control.setText(text);
-        snprintf(control.condition, sizeof control.condition, "%s", condition);
-    }
 };
 
+// A console on that engine, answered by a person or unattended.
 struct Console {
-    Console(int quiet, const char* input = "uninstall") : ui(0, 0, quiet)
+    explicit Console(int quiet, const char* input = "uninstall") : ui(0, 0, quiet)
     {
         ui.setExchange(&engine);
         bool automated = false;

@@ -22,6 +22,7 @@ struct Case {
     const char* name;
     const char* markdown;
     const char* expected;
+    int width = 40;
 };
 
 TEST(MarkdownPlainText, RendersBlocksForATerminal)
@@ -55,24 +56,15 @@ TEST(MarkdownPlainText, RendersBlocksForATerminal)
         { "quotes carry their mark", "> quoted text", "> quoted text\n" },
         { "rules", "before\n\n---\n\nafter", "before\n\n----------------------------------------\n\nafter\n" },
         { "CR LF line ends", "# Title\r\n\r\ntext\r\n", "Title\n=====\n\ntext\n" },
+        { "words wider than the line are cut", "abcdefghijklmnopqrstuvwxyz", "abcdefghij\nklmnopqrst\nuvwxyz\n", 10 },
+        // Two-byte letters take one column each.
+        { "UTF-8 that fits", "\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9 \xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9",
+          "\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9 \xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\n", 10 },
+        { "UTF-8 one column too wide", "\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9 \xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9",
+          "\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\n\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\n", 10 },
     };
     for (const Case& c : cases)
-        EXPECT_EQ(plain(c.markdown), c.expected) << c.name;
-}
-
-TEST(MarkdownPlainText, CutsWordsWiderThanTheLine)
-{
-    EXPECT_EQ(plain("abcdefghijklmnopqrstuvwxyz", 10), "abcdefghij\nklmnopqrst\nuvwxyz\n");
-}
-
-TEST(MarkdownPlainText, CountsUtf8CharactersAsOneColumn)
-{
-    // Nine two-byte letters and a blank take ten columns, and so fit a line of ten.
-    const char* e = "\xc3\xa9";
-    std::string fits = std::string(e) + e + e + e + e + " " + e + e + e + e;
-    EXPECT_EQ(plain(fits.c_str(), 10), fits + "\n");
-    std::string wider = std::string(e) + fits;
-    EXPECT_EQ(plain(wider.c_str(), 10), std::string(e) + e + e + e + e + e + "\n" + e + e + e + e + "\n");
+        EXPECT_EQ(plain(c.markdown, c.width), c.expected) << c.name;
 }
 
 TEST(MarkdownHtml, WritesEscapedBasicHtml)
