@@ -66,11 +66,6 @@ std::string notesPackage()
                 {"package", "-t", dir + "/install.xml", "-b", dir, "--add", "license.md=" + dir + "/license.md"});
 }
 
-std::string heldPackage()
-{
-    return made("held.ibin", {"package", "-t", consoleData() + "/held/install.xml"});
-}
-
 // Only the console front end, lightly compressed: the sanitized builds are large.
 std::string promptsInstaller()
 {

@@ -17,7 +17,6 @@ namespace quilbtest {
 // Made on first use, once per test program; a packing failure fails the running test.
 std::string promptsPackage();    // tests/data/console/prompts with its documents
 std::string notesPackage();      // examples/quilb-notes
-std::string heldPackage();       // tests/data/console/held
 std::string promptsInstaller();  // launcher + prompts package; empty without a launcher
 
 inline std::string installerConsole() { return binDir() + "/installer_console"; }

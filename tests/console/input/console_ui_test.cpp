@@ -4,6 +4,7 @@
 #include "installer/wizard/install_exchange_info.h"
 
 #include <cstring>
+#include <vector>
 
 using quilbtest::converse;
 
@@ -39,9 +40,25 @@ public:
         return buffer ? snprintf(buffer, size, "%s", text) + 1 : static_cast<int>(strlen(text)) + 1;
     }
     SETTINGSTATE GetStateSettings() override { return state; }
+    // The dialog's condition gives the answers of `evaluations` in turn, then 1.
+    int GetDialogConditionEval(InstallerUI*) override
+    {
+        return asked < static_cast<int>(evaluations.size()) ? evaluations[asked++] : (++asked, 1);
+    }
+    int EvSetDlg(int, InstallerUI*) override { return 0; }
+    int EvNext(InstallerUI*, int) override
+    {
+        finished = 1;
+        return next;
+    }
+    int GetStateFinish() override { return finished; }
 
     DLGINFO dialog;
     SETTINGSTATE state = SETTING_IDLE;
+    std::vector<int> evaluations;
+    int asked = 0;
+    int next = 0;
+    int finished = 0;
 };
 
 // A console on that engine, answered by a person or unattended.
@@ -79,6 +96,31 @@ TEST(ConsoleDialog, TextsShowByQuietnessAndConditionAndOnlyOnceOnReentry)
             console.ui.ProgressStart();
         EXPECT_EQ(converse("", [&] { console.ui.SetSubDlg(0, -1); }), c.shown) << c.name;
         EXPECT_EQ(converse("", [&] { console.ui.SetSubDlg(0, -1); }), "") << c.name << ", entered again";
+    }
+}
+
+TEST(ConsoleDialog, AnAutomatedDialogIsPolledUntilItsConditionHolds)
+{
+    struct Case {
+        const char* name;
+        int flags;
+        std::vector<int> evaluations;
+        int next;  // what EvNext gives
+        int asked;
+        int result;
+    } const cases[] = {
+        {"polled while it gives 0", DLG_AUTOMATED, {0, 0, 1}, 0, 3, 0},
+        {"a dialog without a condition isn't polled", DLG_AUTOMATED, {2}, 0, 1, 0},
+        {"only an Automated dialog is polled", 0, {0}, 0, 1, 0},
+        {"the result of the step ends the run", DLG_AUTOMATED, {1}, -1, 1, -1},
+    };
+    for (const Case& c : cases) {
+        Console console(0, "autoInstall");
+        console.engine.dialog.flags = c.flags;
+        console.engine.evaluations = c.evaluations;
+        console.engine.next = c.next;
+        EXPECT_EQ(console.ui.StartUI(), c.result) << c.name;
+        EXPECT_EQ(console.engine.asked, c.asked) << c.name;
     }
 }
 
