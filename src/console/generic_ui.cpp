@@ -48,9 +48,16 @@ void GenericUI::init_input(const char* text, bool& automated)
     char path[520];
     TeskUtils::copyBounded(path, hint, sizeof path);
     if (isAddress(path)) {
-        // The file is fetched under a fixed name; its own name means nothing here.
+        // The file is fetched under a fixed name; its own name means nothing here. A quote in
+        // the address is written as '\'' so that it can't end the quoted word.
+        char quoted[4 * sizeof path];
+        quoted[0] = '\0';
+        for (const char* p = path; *p; ++p) {
+            char piece[2] = { *p, '\0' };
+            TeskUtils::appendBounded(quoted, *p == '\'' ? "'\\''" : piece, sizeof quoted);
+        }
         char command[4096];
-        snprintf(command, sizeof command, "wget '%s' -O /tmp/%s", path, "config.xml");
+        snprintf(command, sizeof command, "wget '%s' -O /tmp/%s", quoted, "config.xml");
         int status = system(command);
         TeskUtils::copyBounded(path, status == 0 ? "/tmp/config.xml" : "", sizeof path);
     }

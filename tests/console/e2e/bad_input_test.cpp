@@ -29,6 +29,9 @@ TEST(BadInputTest, RefusedWithTheirMessageAndStatusLeavingNothingBehind)
         // The fetching tool has its say about the address first.
         {"configuration file at an address nobody answers", {bin, "-configFile=http://127.0.0.1:9/x.xml", "-quiet=0"},
          255, kFailed, Match::End},
+        // A quote in the address stays inside the fetching command: no file appears.
+        {"an address with a quote in it", {bin, "-configFile=http://127.0.0.1:9/x.xml';touch injected;'", "-quiet=0"},
+         255, kFailed, Match::End},
         {"a package that isn't there", {"-bin=nowhere.ibin", "-configFile=" + consoleData() + "/answers.xml"}, -1,
          "There was an error during the (un)installation: -", Match::Start},
         {"a package that is no package", {"-bin=junk.ibin", "-quiet=0"}, -1,
