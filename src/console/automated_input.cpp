@@ -36,7 +36,9 @@ bool Automated::get_line(const char* text, char* buffer, int size, const char* c
     (void)text;
     (void)def;
     (void)echo;
-    TeskUtils::copyBounded(buffer, current, size);
+    if (!buffer || size < 1)
+        return false;
+    TeskUtils::copyBounded(buffer, current, static_cast<size_t>(size));
     return true;
 }
 
