@@ -76,9 +76,12 @@ int PStream::ReadPascalStr1(void* data, unsigned short& size, int& read)
         return result;
     if (length > capacity - 1)
         return -1;
+    read = 0;
     result = Read(data, length, read);
-    // Terminate behind what actually arrived, which is never beyond the length.
-    static_cast<unsigned char*>(data)[read] = '\0';
+    // Terminate behind what actually arrived, held within the length whatever the stream
+    // reported.
+    int arrived = read < 0 ? 0 : (read > length ? length : read);
+    static_cast<unsigned char*>(data)[arrived] = '\0';
     read += 2;
     size = static_cast<unsigned short>(length);
     return result;
