@@ -41,18 +41,10 @@ struct ListRecorder : InstallerUI {
 
 TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
 {
-    struct Poll {
-        std::set<std::string> running;
-        bool result;
-        const char* calls;
-    } polls[] = {
-        {{}, true, ""},
-        {{"editor"}, false, "clear +editor close "},
-        {{"editor"}, false, ""},
-        {{"editor", "viewer"}, false, "clear +editor +viewer close "},
-        {{"viewer"}, false, "clear +viewer close "},
-        {{}, true, "clear close "},
-        {{}, true, ""},
+    const struct { std::set<std::string> running; bool result; const char* calls; } polls[] = {
+        {{}, true, ""}, {{"editor"}, false, "clear +editor close "}, {{"editor"}, false, ""},
+        {{"editor", "viewer"}, false, "clear +editor +viewer close "}, {{"viewer"}, false, "clear +viewer close "},
+        {{}, true, "clear close "}, {{}, true, ""},
     };
     FakeMachine machine;
     ListRecorder ui;

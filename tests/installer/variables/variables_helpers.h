@@ -13,12 +13,7 @@ public:
         log.flags = 0;
         debugConsole = &log;
     }
-    int runShellStatus(const char* command) override
-    {
-        lastCommand = command;
-        ++shellRuns;
-        return shellStatus;
-    }
+    int runShellStatus(const char* command) override { return lastCommand = command, ++shellRuns, shellStatus; }
 
     // Adds a record directly, past the case-insensitive lookup of SetVarExt.
     void appendRecord(const char* name, const char* value)
