@@ -39,11 +39,7 @@ std::string flip(std::string data, size_t at)
 TEST(IntegrityTrailer, Cases)
 {
     const std::string body = quilbtest::mixedBytes(30000, 7);
-    struct Row {
-        const char* name;
-        std::function<std::string()> make; // null: no file
-        int expected;
-    } rows[] = {
+    struct Row { const char* name; std::function<std::string()> make; int expected; } rows[] = { // make null: no file
         {"v2 trailer matches", [&] { return withV2(body); }, 1},
         {"v1 trailer matches", [&] { return withV1(body); }, 1},
         {"v1 over one byte", [&] { return withV1("x"); }, 1},
@@ -67,9 +63,7 @@ TEST(IntegrityTrailer, Cases)
     quilbtest::TempDir dir;
     for (const Row& row : rows) {
         std::string path = dir.file(row.make ? "installer" : "absent");
-        if (row.make) {
-            ASSERT_TRUE(quilbtest::writeFile(path, row.make()));
-        }
+        ASSERT_TRUE(!row.make || quilbtest::writeFile(path, row.make())) << row.name;
         checksummingSignatures[0] = nullptr;
         EXPECT_EQ(verifyFileMD5Checksum(path.c_str()), row.expected) << row.name;
         ASSERT_NE(checksummingSignatures[0], nullptr) << row.name;

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -12,20 +12,14 @@ namespace {
 std::string hex(const unsigned char (&digest)[16])
 {
     std::string out;
-    char part[3];
-    for (unsigned char byte : digest) {
-        std::snprintf(part, sizeof(part), "%02x", byte);
-        out += part;
-    }
+    for (unsigned char byte : digest)
+        out += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
     return out;
 }
 
 TEST(Md5, KnownDigests)
 {
-    struct Row {
-        const char* input;
-        const char* digest;
-    } rows[] = {
+    struct Row { const char* input; const char* digest; } rows[] = {
         {"", "d41d8cd98f00b204e9800998ecf8427e"},
         {"a", "0cc175b9c0f1b6a831c399e269772661"},
         {"abc", "900150983cd24fb0d6963f7d28e17f72"},

@@ -14,15 +14,10 @@
 
 namespace quilbtest {
 
-inline void putU32(std::string& out, uint32_t value)
+// `bytes` little-endian bytes of `value`.
+inline void putLE(std::string& out, uint64_t value, int bytes)
 {
-    for (int i = 0; i < 4; ++i)
-        out.push_back(static_cast<char>(value >> (8 * i)));
-}
-
-inline void putU64(std::string& out, uint64_t value)
-{
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < bytes; ++i)
         out.push_back(static_cast<char>(value >> (8 * i)));
 }
 
@@ -55,15 +50,11 @@ inline std::string solidContainer(const std::vector<ChunkEntry>& table, const st
                                   int32_t count = -1)
 {
     std::string out(kSolidMagic, sizeof(kSolidMagic));
-    putU32(out, version);
-    putU32(out, date);
-    putU32(out, static_cast<uint32_t>(count < 0 ? static_cast<int32_t>(table.size()) : count));
-    for (const ChunkEntry& c : table) {
-        putU64(out, c.uncompressedOffset);
-        putU64(out, c.uncompressedSize);
-        putU64(out, c.compressedOffset);
-        putU64(out, c.compressedSize);
-    }
+    for (uint32_t word : {version, date, static_cast<uint32_t>(count < 0 ? static_cast<int32_t>(table.size()) : count)})
+        putLE(out, word, 4);
+    for (const ChunkEntry& c : table)
+        for (int64_t field : {c.uncompressedOffset, c.uncompressedSize, c.compressedOffset, c.compressedSize})
+            putLE(out, static_cast<uint64_t>(field), 8);
     return out + body;
 }
 
@@ -94,10 +85,10 @@ inline std::string recordHeader(uint32_t tag, uint64_t size, uint64_t storedSize
                                 const std::string& alias, const unsigned char* md5 = nullptr)
 {
     std::string out;
-    putU32(out, tag);
-    putU64(out, size);
-    putU64(out, storedSize);
-    putU32(out, 0);
+    putLE(out, tag, 4);
+    putLE(out, size, 8);
+    putLE(out, storedSize, 8);
+    putLE(out, 0, 4);
     out += md5 ? std::string(reinterpret_cast<const char*>(md5), 16) : std::string(16, '\0');
     out += name + std::string(kCabinetNameSize - name.size(), '\0');
     return out + alias + std::string(kCabinetAliasSize - alias.size(), '\0');
@@ -118,10 +109,7 @@ inline std::string lastLogLine(const std::string& log)
     return log.substr(start, log.size() - 2 - start);
 }
 
-struct PackedFile {
-    std::string alias;
-    std::string content;
-};
+struct PackedFile { std::string alias, content; };
 
 // Record stream of a solid cabinet: each content stored as it is, then the end record.
 inline std::string recordStream(const std::vector<PackedFile>& files)
@@ -138,9 +126,8 @@ inline std::string recordStream(const std::vector<PackedFile>& files)
 inline std::string cabinetHeader()
 {
     std::string out;
-    putU32(out, kCabinetMagic1);
-    putU32(out, kCabinetMagic2);
-    putU32(out, kCabinetMagic3);
+    for (uint32_t magic : {kCabinetMagic1, kCabinetMagic2, kCabinetMagic3})
+        putLE(out, magic, 4);
     return out + std::string(kCabinetHeaderSize - 12, '\0');
 }
 
