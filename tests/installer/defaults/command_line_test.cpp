@@ -5,17 +5,9 @@
 #include "foundation/misc/cl_parser.h"
 #include "installer/navigation/scripted_front_end.h"
 
+using quilbtest::productXml;
 using quilbtest::ScriptedUI;
 using quilbtest::TestEngine;
-
-namespace {
-
-std::string productXml()
-{
-    return quilbtest::testData("defaults/product.xml");
-}
-
-} // namespace
 
 TEST(CommandLine, VariableOptionsSetVariables)
 {

@@ -4,15 +4,12 @@
 
 #include "installer/navigation/scripted_front_end.h"
 
+using quilbtest::productXml;
 using quilbtest::ScriptedUI;
 using quilbtest::TestEngine;
 
 namespace {
 
-std::string productXml()
-{
-    return quilbtest::testData("defaults/product.xml");
-}
 
 std::string edited(const std::string& from, const std::string& to)
 {

@@ -8,21 +8,10 @@ using quilbtest::ScriptedUI;
 using quilbtest::startOnWelcome;
 using quilbtest::TestEngine;
 
-namespace {
-
-void walk(TestEngine& engine, ScriptedUI& ui, const std::vector<int>& shifts)
-{
-    for (int shift : shifts)
-        engine.PerformButtonDlgShift(&ui, shift);
-}
-
-const char* const kToCopy = "SetDlg(2) SetDlg(3) SetSubDlg(3,0) SetSubDlg(3,2)";
-
-} // namespace
-
 TEST(Navigation, WalksForwardAndBack)
 {
     // path: the (sub-)dialogs built, in order
+    const std::string kToCopy = "SetDlg(2) SetDlg(3) SetSubDlg(3,0) SetSubDlg(3,2)";
     struct Row { const char* name; std::map<std::string, std::string> vars; std::vector<int> shifts; std::string path; int dlg, sub, finish, error; const char* logLine; };
     const Row rows[] = {
         {"a false condition passes over a dialog", {}, {1}, "SetDlg(2)", 2, -1, 0, 0, nullptr},
@@ -31,14 +20,14 @@ TEST(Navigation, WalksForwardAndBack)
         {"a frame is entered on its first sub-dialog", {}, {1, 1}, "SetDlg(2) SetDlg(3) SetSubDlg(3,0)", 3, 0, 0, 0, nullptr},
         {"a false sub-dialog is passed over", {}, {1, 1, 1}, kToCopy, 3, 2, 0, 0, nullptr},
         {"a true one is shown", {{"CUSTOMIZE", "1"}}, {1, 1, 1}, "SetDlg(2) SetDlg(3) SetSubDlg(3,0) SetSubDlg(3,1)", 3, 1, 0, 0, nullptr},
-        {"AutoNext with a false condition stands", {}, {1, 1, 1, 1}, kToCopy + std::string(" SetDlg(4)"), 4, -1, 0, 0, nullptr},
-        {"AutoNext with a true one goes on", {{"AUTO_OK", "1"}}, {1, 1, 1, 1}, kToCopy + std::string(" SetDlg(4) SetDlg(5)"), 5, -1, 0, 0, nullptr},
-        {"leaving Finish ends the wizard", {{"AUTO_OK", "1"}}, {1, 1, 1, 1, 1}, kToCopy + std::string(" SetDlg(4) SetDlg(5)"), 5, -1, 1, 0, nullptr},
-        {"nothing left to go to", {{"END_OK", "0"}}, {1, 1, 1, 1, 1}, kToCopy + std::string(" SetDlg(4)"), 4, -1, 1, 1,
+        {"AutoNext with a false condition stands", {}, {1, 1, 1, 1}, kToCopy + " SetDlg(4)", 4, -1, 0, 0, nullptr},
+        {"AutoNext with a true one goes on", {{"AUTO_OK", "1"}}, {1, 1, 1, 1}, kToCopy + " SetDlg(4) SetDlg(5)", 5, -1, 0, 0, nullptr},
+        {"leaving Finish ends the wizard", {{"AUTO_OK", "1"}}, {1, 1, 1, 1, 1}, kToCopy + " SetDlg(4) SetDlg(5)", 5, -1, 1, 0, nullptr},
+        {"nothing left to go to", {{"END_OK", "0"}}, {1, 1, 1, 1, 1}, kToCopy + " SetDlg(4)", 4, -1, 1, 1,
          "ERROR: Bad dialog next shifting. Current dialogs: (4, -1) - Next dialogs: (6, 0)"},
         {"back passes over a false dialog", {}, {1, -1}, "SetDlg(2) SetDlg(0)", 0, -1, 0, 0, nullptr},
-        {"back into a frame lands on its last sub-dialog", {}, {1, 1, 1, 1, -1}, kToCopy + std::string(" SetDlg(4) SetDlg(3) SetSubDlg(3,2)"), 3, 2, 0, 0, nullptr},
-        {"back within a frame passes over a false sub-dialog", {}, {1, 1, 1, -1}, kToCopy + std::string(" SetSubDlg(3,0)"), 3, 0, 0, 0, nullptr},
+        {"back into a frame lands on its last sub-dialog", {}, {1, 1, 1, 1, -1}, kToCopy + " SetDlg(4) SetDlg(3) SetSubDlg(3,2)", 3, 2, 0, 0, nullptr},
+        {"back within a frame passes over a false sub-dialog", {}, {1, 1, 1, -1}, kToCopy + " SetSubDlg(3,0)", 3, 0, 0, 0, nullptr},
         {"back out of a frame", {}, {1, 1, -1}, "SetDlg(2) SetDlg(3) SetSubDlg(3,0) SetDlg(2)", 2, -1, 0, 0, nullptr},
         {"back by two", {{"SHOW_EXTRA", "1"}}, {1, 1, -2}, "SetDlg(1) SetDlg(2) SetDlg(0)", 0, -1, 0, 0, nullptr},
         {"back from the first dialog", {}, {-1}, "", 0, -1, 1, 1,
@@ -49,7 +38,8 @@ TEST(Navigation, WalksForwardAndBack)
         TestEngine engine;
         ScriptedUI ui;
         startOnWelcome(engine, ui, row.vars);
-        walk(engine, ui, row.shifts);
+        for (int shift : row.shifts)
+            engine.PerformButtonDlgShift(&ui, shift);
         EXPECT_EQ(ui.only({"SetDlg(", "SetSubDlg("}), row.path);
         EXPECT_EQ(std::make_pair(engine.GetCurDlg(), engine.GetCurSubDlg()), std::make_pair(row.dlg, row.sub));
         EXPECT_EQ(engine.GetStateFinish(), row.finish);

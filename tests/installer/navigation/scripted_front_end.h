@@ -44,14 +44,8 @@ public:
     void RetainSubCtrl(const char* name) override { add(std::string("RetainSubCtrl(") + name + ")"); }
     void ManageWindow(UIAction action) override { add("ManageWindow", {action}); }
     bool IsGUIInstaller() override { return gui; }
-    bool MessageBox(const char* text, int type) override
-    {
-        return add(std::string("MessageBox(") + text + "," + std::to_string(type) + ")"), true;
-    }
-    void SetTask(const char* name, const char* label, TASKSTATUS status) override
-    {
-        add(std::string("SetTask(") + name + "," + label + "," + std::to_string(status) + ")");
-    }
+    bool MessageBox(const char* text, int type) override { return add(std::string("MessageBox(") + text + "," + std::to_string(type) + ")"), true; }
+    void SetTask(const char* name, const char* label, TASKSTATUS status) override { add(std::string("SetTask(") + name + "," + label + "," + std::to_string(status) + ")"); }
     bool ConfirmCancel() override { return add("ConfirmCancel"), confirmCancel; }
 
     // The recorded calls that begin with one of `prefixes`, joined by blanks.
@@ -138,6 +132,9 @@ inline std::string testData(const std::string& name)
 {
     return readFile(dataDir() + "/installer/" + name);
 }
+
+// The template most engine tests start from.
+inline std::string productXml() { return testData("defaults/product.xml"); }
 
 // Puts `xml` into the engine's cabinet as the file "install.xml" of a solid package.
 inline void putTemplateInCabinet(Installer& engine, const std::string& xml)
