@@ -63,9 +63,9 @@ T valueAt(const std::string& data, size_t at)
 void expectExactLayout(const std::string& package, uint32_t chunks)
 {
     ASSERT_GT(package.size(), 92u);
-    EXPECT_EQ(valueAt<uint32_t>(package, 0), kCabinetMagic1);
-    EXPECT_EQ(valueAt<uint32_t>(package, 4), kCabinetMagic2);
-    EXPECT_EQ(valueAt<uint32_t>(package, 8), kCabinetMagic3);
+    const uint32_t magics[] = {kCabinetMagic1, kCabinetMagic2, kCabinetMagic3};
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(valueAt<uint32_t>(package, 4 * i), magics[i]) << "magic word " << i;
     EXPECT_EQ(package.compare(32, 40, std::string(40, '\0')), 0) << "reserved bytes";
     const std::string solid = package.substr(kCabinetHeaderSize);
     EXPECT_EQ(solid.compare(0, 8, std::string("SolidHD", 8)), 0);
@@ -121,13 +121,10 @@ TEST(QuilbPack, PackageRoundTrip)
 {
     Product product;
     const std::string big = quilbtest::mixedBytes(3 * 1024 * 1024 + 123, 5);
-    product.add("files/empty.txt", "");
-    product.add("files/one", "x");
-    product.add("files/big.bin", big);
-    product.add("files/first.txt", "first");
-    product.add("files/second.txt", "second");
-    product.add("files/odd:name/f.dat", "colon");
-    product.add("abs/logo.png", "not really an image");
+    for (const auto& [path, content] : std::vector<std::pair<const char*, std::string>>{
+             {"files/empty.txt", ""}, {"files/one", "x"}, {"files/big.bin", big}, {"files/first.txt", "first"},
+             {"files/second.txt", "second"}, {"files/odd:name/f.dat", "colon"}, {"abs/logo.png", "not really an image"}})
+        product.add(path, content);
     product.templateText =
         "<?xml version=\"1.0\"?>\n<QuilbGroupInstallation><Installation>\n"
         "<!-- <FileSet><FN>files/not-packed</FN></FileSet> -->\n"
@@ -157,16 +154,13 @@ TEST(QuilbPack, PackageRoundTrip)
         Installer engine;
         ASSERT_EQ(engine.Init(output.c_str(), 0, 0), 0) << chunks;
         ASSERT_EQ(engine.cabinetFiles.size(), 9);
-        EXPECT_EQ(contentOf(engine, "filesempty.txt"), "");
-        EXPECT_EQ(contentOf(engine, "single"), "x");
-        EXPECT_TRUE(contentOf(engine, "filesbig.bin") == big);
-        EXPECT_EQ(contentOf(engine, "dup"), "second") << "the later of two equal aliases wins";
+        // The later of two equal aliases wins; an absolute path is taken as it is.
+        const std::pair<const char*, std::string> contents[] = {{"filesempty.txt", ""}, {"single", "x"}, {"filesbig.bin", big},
+            {"dup", "second"}, {"filesoddnamef.dat", "colon"}, {"logo", "not really an image"}, {"extra", "added by name"},
+            {"install.xml", product.templateText}, {"filesnot-packed", "<missing>"}};
+        for (const auto& [alias, content] : contents)
+            EXPECT_TRUE(contentOf(engine, alias) == content) << alias << " with" << chunks;
         EXPECT_STREQ(engine.cabinetFiles[3].alias, "dup");
-        EXPECT_EQ(contentOf(engine, "filesoddnamef.dat"), "colon");
-        EXPECT_EQ(contentOf(engine, "logo"), "not really an image") << "an absolute path is taken as it is";
-        EXPECT_EQ(contentOf(engine, "extra"), "added by name");
-        EXPECT_EQ(contentOf(engine, "install.xml"), product.templateText);
-        EXPECT_EQ(contentOf(engine, "filesnot-packed"), "<missing>");
         EXPECT_STREQ(engine.cabinetFiles[2].name, "big.bin");
         EXPECT_STREQ(engine.cabinetFiles[8].name, "install.xml") << "the engine finds the template by this name";
     }
@@ -180,13 +174,12 @@ TEST(QuilbPack, InstallerFromADummyLauncher)
     ASSERT_TRUE(writeFile(dir.file("launcher"), image));
     ASSERT_TRUE(writeFile(dir.file("install.xml"), "<FileSet><FN Alias=\"doc\">doc.txt</FN></FileSet>"));
     ASSERT_TRUE(writeFile(dir.file("doc.txt"), "the product's file"));
-    ASSERT_TRUE(writeFile(dir.file("console.sh"), "#!/bin/sh\nexit 0\n"));
-    ASSERT_TRUE(writeFile(dir.file("uninstall.sh"), "#!/bin/sh\nexit 0\n"));
+    for (const char* script : {"console.sh", "uninstall.sh"})
+        ASSERT_TRUE(writeFile(dir.file(script), "#!/bin/sh\nexit 0\n"));
+    auto file = [&](const char* name) { return shellQuote(dir.file(name)); };
     std::string installerPath = dir.file("setup.bin");
-    quilbtest::CommandResult result = quilbtest::runCommand(pack(
-        "installer -t " + shellQuote(dir.file("install.xml")) + " --launcher " + shellQuote(dir.file("launcher"))
-        + " --frontend installer_console=" + shellQuote(dir.file("console.sh")) + " --frontend uninstaller_console="
-        + shellQuote(dir.file("uninstall.sh")) + " -o " + shellQuote(installerPath)));
+    quilbtest::CommandResult result = quilbtest::runCommand(pack("installer -t " + file("install.xml") + " --launcher " + file("launcher")
+        + " --frontend installer_console=" + file("console.sh") + " --frontend uninstaller_console=" + file("uninstall.sh") + " -o " + file("setup.bin")));
     ASSERT_EQ(result.exitCode, 0) << result.output;
 
     std::string installer = readFile(installerPath);
@@ -204,11 +197,9 @@ TEST(QuilbPack, InstallerFromADummyLauncher)
     Installer outer;
     ASSERT_EQ(outer.Init(installerPath.c_str(), static_cast<int>(offset), 0), 0);
     std::string list = contentOf(outer, "install.xml");
-    EXPECT_NE(list.find("<FN Alias=\"binary\" Dest=\"install_files\">binary</FN>"), std::string::npos) << list;
-    EXPECT_NE(list.find("<FN Alias=\"installer_console\" Dest=\"install_files\" Executable=\"1\">installer_console</FN>"),
-              std::string::npos)
-        << list;
-    EXPECT_NE(list.find("uninstaller_console"), std::string::npos) << list;
+    for (const char* entry : {"<FN Alias=\"binary\" Dest=\"install_files\">binary</FN>", "uninstaller_console",
+                              "<FN Alias=\"installer_console\" Dest=\"install_files\" Executable=\"1\">installer_console</FN>"})
+        EXPECT_NE(list.find(entry), std::string::npos) << entry << "\n" << list;
     EXPECT_EQ(list.find("installer_gtk2"), std::string::npos) << "front ends not given are left out";
     EXPECT_EQ(contentOf(outer, "installer_console"), "#!/bin/sh\nexit 0\n");
 
@@ -222,9 +213,8 @@ TEST(QuilbPack, InstallerFromADummyLauncher)
     // A file list of one's own, extra files, no product package.
     const std::string ownList = "<QuilbGroupInstallation><Installation><FileSet><FN Alias=\"x\" Dest=\"d\">x</FN></FileSet></Installation></QuilbGroupInstallation>";
     ASSERT_TRUE(writeFile(dir.file("list.xml"), ownList));
-    result = quilbtest::runCommand(pack("installer --launcher " + shellQuote(dir.file("launcher")) + " --file-list " + shellQuote(dir.file("list.xml"))
-                                        + " --frontend-dir " + shellQuote(dir.file("none")) + " --add x=" + shellQuote(dir.file("doc.txt"))
-                                        + " -o " + shellQuote(dir.file("out.bin"))));
+    result = quilbtest::runCommand(pack("installer --launcher " + file("launcher") + " --file-list " + file("list.xml")
+        + " --frontend-dir " + file("none") + " --add x=" + file("doc.txt") + " -o " + file("out.bin")));
     ASSERT_EQ(result.exitCode, 0) << result.output;
     Installer custom;
     ASSERT_EQ(custom.Init(dir.file("out.bin").c_str(), static_cast<int>(image.size()), 0), 0);
@@ -237,40 +227,31 @@ TEST(QuilbPack, InstallerFromADummyLauncher)
 TEST(QuilbPack, Failures)
 {
     TempDir dir;
-    ASSERT_TRUE(writeFile(dir.file("ok.xml"), "<FileSet><FN>present</FN></FileSet>"));
-    ASSERT_TRUE(writeFile(dir.file("present"), "here"));
-    ASSERT_TRUE(writeFile(dir.file("missing.xml"), "<FileSet><FN>nowhere/file.bin</FN></FileSet>"));
-    ASSERT_TRUE(writeFile(dir.file("long.xml"), "<FileSet><FN Alias=\"" + std::string(259, 'a') + "\">present</FN></FileSet>"));
-    ASSERT_TRUE(writeFile(dir.file("fit.xml"), "<FileSet><FN Alias=\"" + std::string(258, 'a') + "\">present</FN></FileSet>"));
-    ASSERT_TRUE(writeFile(dir.file("huge.xml"), "<FileSet><FN>huge</FN></FileSet>"));
-    ASSERT_TRUE(writeFile(dir.file("huge"), ""));
+    const std::string marker("_BINARYIMAGEOFFSET_", 20), aliased = "<FileSet><FN Alias=\"";
+    const std::pair<const char*, std::string> files[] = {
+        {"ok.xml", "<FileSet><FN>present</FN></FileSet>"}, {"present", "here"},
+        {"missing.xml", "<FileSet><FN>nowhere/file.bin</FN></FileSet>"},
+        {"long.xml", aliased + std::string(259, 'a') + "\">present</FN></FileSet>"},
+        {"fit.xml", aliased + std::string(258, 'a') + "\">present</FN></FileSet>"},
+        {"huge.xml", "<FileSet><FN>huge</FN></FileSet>"}, {"huge", ""}, {"no-marker", quilbtest::mixedBytes(9000, 1)},
+        {"tiny-launcher", marker}, {"two-markers", marker + quilbtest::mixedBytes(6000, 1) + marker}, {"old.out", "previous content"},
+    };
+    for (const auto& [name, content] : files)
+        ASSERT_TRUE(writeFile(dir.file(name), content));
     ASSERT_EQ(truncate(dir.file("huge").c_str(), int64_t(1) << 31), 0); // sparse: no disk used
-    ASSERT_TRUE(writeFile(dir.file("no-marker"), quilbtest::mixedBytes(9000, 1)));
-    ASSERT_TRUE(writeFile(dir.file("tiny-launcher"), std::string("_BINARYIMAGEOFFSET_", 20)));
-    ASSERT_TRUE(writeFile(dir.file("two-markers"),
-                          std::string("_BINARYIMAGEOFFSET_", 20) + quilbtest::mixedBytes(6000, 1) + std::string("_BINARYIMAGEOFFSET_", 20)));
-    ASSERT_TRUE(writeFile(dir.file("old.out"), "previous content"));
 
-    const std::string out = " -o " + shellQuote(dir.file("old.out"));
-    struct Row {
-        const char* name;
-        std::string arguments;
-        const char* message; // exit status 1 with this text
-    } rows[] = {
-        {"missing file", "package -t " + shellQuote(dir.file("missing.xml")) + out, "missing file '"},
-        {"alias over 258 characters", "package -t " + shellQuote(dir.file("long.xml")) + out, "is 259 characters long; at most 258"},
-        {"package of 2 GiB", "package -t " + shellQuote(dir.file("huge.xml")) + out, "must stay below 2 GiB"},
-        {"bad chunk count", "package -t " + shellQuote(dir.file("ok.xml")) + " --chunks 257" + out, "from 1 to 256"},
-        {"launcher without offset word",
-         "installer -t " + shellQuote(dir.file("ok.xml")) + " --launcher " + shellQuote(dir.file("no-marker")) + out,
-         "holds no offset word"},
-        {"launcher with two offset words",
-         "installer -t " + shellQuote(dir.file("ok.xml")) + " --launcher " + shellQuote(dir.file("two-markers")) + out,
-         "more than once"},
+    auto file = [&](const char* name) { return shellQuote(dir.file(name)); };
+    const std::string out = " -o " + file("old.out"), installOk = "installer -t " + file("ok.xml") + " --launcher ";
+    // Each fails with exit status 1 and `message` in its output.
+    struct Row { const char* name; std::string arguments; const char* message; } rows[] = {
+        {"missing file", "package -t " + file("missing.xml") + out, "missing file '"},
+        {"alias over 258 characters", "package -t " + file("long.xml") + out, "is 259 characters long; at most 258"},
+        {"package of 2 GiB", "package -t " + file("huge.xml") + out, "must stay below 2 GiB"},
+        {"bad chunk count", "package -t " + file("ok.xml") + " --chunks 257" + out, "from 1 to 256"},
+        {"launcher without offset word", installOk + file("no-marker") + out, "holds no offset word"},
+        {"launcher with two offset words", installOk + file("two-markers") + out, "more than once"},
         {"installer too short for its checksum",
-         "installer -t " + shellQuote(dir.file("ok.xml")) + " --launcher " + shellQuote(dir.file("tiny-launcher"))
-             + " --frontend-dir " + shellQuote(dir.file("no-front-ends")) + out,
-         "too short for its checksum"},
+         installOk + file("tiny-launcher") + " --frontend-dir " + file("no-front-ends") + out, "too short for its checksum"},
     };
     for (const Row& row : rows) {
         quilbtest::CommandResult result = quilbtest::runCommand(pack(row.arguments) + " 2>&1");
@@ -281,7 +262,7 @@ TEST(QuilbPack, Failures)
     quilbtest::CommandResult listing = quilbtest::runCommand("ls " + shellQuote(dir.path()));
     EXPECT_EQ(listing.output.find("old.out."), std::string::npos) << "no temporary file left behind:\n" << listing.output;
 
-    quilbtest::CommandResult fits = quilbtest::runCommand(pack("package -t " + shellQuote(dir.file("fit.xml")) + out));
+    quilbtest::CommandResult fits = quilbtest::runCommand(pack("package -t " + file("fit.xml") + out));
     EXPECT_EQ(fits.exitCode, 0) << fits.output;
 }
 
