@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <algorithm>
+#include <set>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -174,11 +174,7 @@ TEST(ProcessList, MatchesTheProgramFileNameOrAnExactBracketedName)
     TeskUtils::Table<int, 100> pids;
     pids.append(-5); // the table is emptied first
     ASSERT_EQ(TeskUtils::uniListProcessesMatching(name.c_str(), pids), 0);
-    std::vector<int> found(pids.data, pids.data + pids.getCount());
-    std::vector<int> expected{plain.pid, bracketed.pid};
-    std::sort(found.begin(), found.end());
-    std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(found, expected);
+    EXPECT_EQ(std::multiset<int>(pids.data, pids.data + pids.getCount()), (std::multiset<int>{plain.pid, bracketed.pid}));
 
     std::string prefix = name.substr(0, name.size() - 1);
     ASSERT_EQ(TeskUtils::uniListProcessesMatching(prefix.c_str(), pids), 0);

@@ -12,15 +12,9 @@ TEST(CanonicalPath, NormalFormAndItsDirectoryAndFileParts)
 {
     struct Case { const char *path, *canonical, *dir, *file; };
     const Case cases[] = {
-        {"./a//b/../c", "a/c", "a", "c"},
-        {"//usr///lib", "/usr/lib", "/usr", "lib"},
-        {"/a/./b/", "/a/b/", "/a/b", ""},
-        {"/a/b/..", "/a", "", "a"},
-        {"a/..", "", "", ""},
-        {"a/../../b", "../b", "..", "b"},
-        {"../../x", "../../x", "../..", "x"},
-        {"/..", "/..", "", ".."},
-        {"file", "file", "file", "file"},
+        {"./a//b/../c", "a/c", "a", "c"},    {"//usr///lib", "/usr/lib", "/usr", "lib"}, {"/a/./b/", "/a/b/", "/a/b", ""},
+        {"/a/b/..", "/a", "", "a"},          {"a/..", "", "", ""},                       {"a/../../b", "../b", "..", "b"},
+        {"../../x", "../../x", "../..", "x"}, {"/..", "/..", "", ".."},                  {"file", "file", "file", "file"},
         {"", "", "", ""},
     };
     for (const Case& c : cases) {
@@ -34,16 +28,11 @@ TEST(PathCorrection, DelimitersTurnedAndCollapsedButALeadingDoubleSlashStays)
 {
     struct Case { const char* path; char slash; const char* result; int changes; }; // slash 0: uniCorrectPathString; changes -1: some
     const Case cases[] = {
-        {"a\\b//c", '/', "a/b/c", 2},
-        {"//server/share", '/', "//server/share", 0},
-        {"\\\\\\x", '/', "//x", 4},
-        {"a/b", '\\', "a\\b", 1},
-        {"  /opt/my app \t/bin\n", 0, "/opt/my app/bin", -1},
-        {"C:\\dir\\\\sub", 0, "C:/dir/sub", -1},
-        {"/a  //b", 0, "/a/b", -1},
-        {" //share/x ", 0, "//share/x", -1},
-        {"/already/clean", 0, "/already/clean", 0},
-        {"", 0, "", 0},
+        {"a\\b//c", '/', "a/b/c", 2},         {"//server/share", '/', "//server/share", 0},
+        {"\\\\\\x", '/', "//x", 4},            {"a/b", '\\', "a\\b", 1},
+        {"  /opt/my app \t/bin\n", 0, "/opt/my app/bin", -1}, {"C:\\dir\\\\sub", 0, "C:/dir/sub", -1},
+        {"/a  //b", 0, "/a/b", -1},           {" //share/x ", 0, "//share/x", -1},
+        {"/already/clean", 0, "/already/clean", 0}, {"", 0, "", 0},
     };
     for (const Case& c : cases) {
         char path[64];
