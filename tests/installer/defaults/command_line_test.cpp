@@ -32,8 +32,8 @@ TEST(CommandLine, VariableOptionsSetVariables)
         ASSERT_EQ(quilbtest::loadWizard(engine, ui, productXml()), 0);
         for (const auto& e : row.expect)
             EXPECT_EQ(engine.var(e.first), e.second) << e.first;
-        EXPECT_TRUE(!row.madeUp || engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_LOG));
-        EXPECT_TRUE(!row.madeUp || engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_CONFIG));
+        EXPECT_TRUE(!row.madeUp || (engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_LOG) &&
+                                    engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_CONFIG)));
         EXPECT_EQ(engine.variables.count, 10 + (row.madeUp ? 1 : 0));  // no record for the rest
     }
 }
@@ -90,10 +90,10 @@ TEST(ConfigFile, WritesWhatMayBeKeptAndReadsBack)
                                          " <Value Name=\"NEITHER\" DataType=\"value\"></Value>\n"
                                          " <Value Name=\"STDROOT\" DataType=\"value\">/opt/defaults</Value>\n"
                                          "</DefValues>\n");
-    EXPECT_TRUE(engine.isVarExcluded("LOG_ONLY", Installer::EXCLUDE_FROM_LOG));
-    EXPECT_TRUE(engine.isVarExcluded("PROGRESS_DETAILS", Installer::EXCLUDE_FROM_LOG));
-    EXPECT_FALSE(engine.isVarExcluded("PREVIOUS_INSTALLATION", Installer::EXCLUDE_FROM_LOG));
-    EXPECT_FALSE(engine.isVarExcluded("secret", Installer::EXCLUDE_FROM_CONFIG));
+    EXPECT_TRUE(engine.isVarExcluded("LOG_ONLY", Installer::EXCLUDE_FROM_LOG) &&
+                engine.isVarExcluded("PROGRESS_DETAILS", Installer::EXCLUDE_FROM_LOG));
+    EXPECT_FALSE(engine.isVarExcluded("PREVIOUS_INSTALLATION", Installer::EXCLUDE_FROM_LOG) ||
+                 engine.isVarExcluded("secret", Installer::EXCLUDE_FROM_CONFIG));
     EXPECT_EQ(engine.var("STDROOT_OK"), "1");  // a validation variable starts as valid
 
     // An unattended repeat with that file gets the same values; its command line wins over
@@ -106,10 +106,8 @@ TEST(ConfigFile, WritesWhatMayBeKeptAndReadsBack)
     repeat.InitCmdLineParser(&repeatParser);
     repeat.InitDebugMode(&repeat.log, 2);
     ASSERT_EQ(quilbtest::loadWizard(repeat, ui, productXml()), 0);
-    EXPECT_EQ(repeat.var("EDITION"), "cmd");
-    EXPECT_EQ(repeat.var("PORT"), "9000");
-    EXPECT_EQ(repeat.var("NEITHER"), "");
-    EXPECT_EQ(repeat.var("SECRET"), "s3cret");
+    EXPECT_EQ(repeat.var("EDITION") + "|" + repeat.var("PORT") + "|" + repeat.var("NEITHER") + "|" + repeat.var("SECRET"),
+              "cmd|9000||s3cret");
     EXPECT_TRUE(repeat.logged("Installation variables used (10):")) << repeat.log.text();
     EXPECT_TRUE(repeat.logged("  [EDITION] = \"cmd\" (a <b> & 'c')"));
     EXPECT_TRUE(repeat.logged("  [SECRET] = \"s3cret\""));

@@ -19,6 +19,17 @@ int readDefaults(TestEngine& engine, const std::string& values)
     return engine.GetDefaultValuesFromXML(doc);
 }
 
+// A <Value> element; `more` holds further attributes, each led by a blank.
+std::string typed(const char* name, const char* type, const std::string& text, const char* more = "")
+{
+    return std::string("<Value Name=\"") + name + "\" DataType=\"" + type + "\"" + more + ">" + text + "</Value>";
+}
+
+std::string value(const char* name, const char* text, const char* more = "")
+{
+    return typed(name, "value", text, more);
+}
+
 // defaultValue null: not checked
 struct Expect { const char* name; std::string value; const char* defaultValue; };
 
@@ -32,40 +43,31 @@ TEST(DefaultValues, EachKindOfElement)
     setenv("QUILB_TEST_DEFAULTS_ENV", "from-env", 1);
     const char* argv[] = {"installer", "-mode=fast", "-quick", "-MODE=slow"};
     CLParser parser(4, argv);
-    auto value = [](const char* name, const char* text, const char* more = "") {
-        return std::string("<Value Name=\"") + name + "\" DataType=\"value\"" + more + ">" + text + "</Value>";
-    };
-
     struct Row { const char* name; std::string values; std::vector<Expect> expect; const char* logLine; };
     const Row rows[] = {
-        {"value; the type keyword is a prefix, any case", R"(<Value Name="A" DataType="VALUEs">abc</Value>)", {{"A", "abc", "abc"}}, nullptr},
+        {"value; the type keyword is a prefix, any case", typed("A", "VALUEs", "abc"), {{"A", "abc", "abc"}}, nullptr},
         {"value expands $ references", value("R", "/opt") + value("P", "$R/app"), {{"P", "/opt/app", "/opt/app"}}, nullptr},
         {"a later variable is still empty", value("P", "$R/app") + value("R", "/opt"), {{"P", "/app", nullptr}}, nullptr},
         {"so is it in a condition", value("A", "early", " Condition=\"'[B]'==''\"") + value("B", "x"), {{"A", "early", nullptr}}, nullptr},
         {"of two conditional elements the true one wins",
          value("M", "one", " Condition=\"[K]==1\"") + value("M", "two", " Condition=\"[K]!=1\""), {{"M", "two", "two"}}, nullptr},
-        {"expandvar", value("R", "/opt") + R"(<Value Name="E" DataType="expandvar">[R]/x</Value>)", {{"E", "/opt/x", nullptr}}, nullptr},
-        {"expandvar falls back to its default, expanded",
-         value("R", "/opt") + R"(<Value Name="E" DataType="expandvar" Default="[R]/d">[NOPE]/x</Value>)", {{"E", "/opt/d", "[R]/d"}}, nullptr},
-        {"expandvar of nothing", R"(<Value Name="E" DataType="expandvar"></Value>)", {{"E", "", nullptr}},
+        {"expandvar", value("R", "/opt") + typed("E", "expandvar", "[R]/x"), {{"E", "/opt/x", nullptr}}, nullptr},
+        {"expandvar falls back to its default, expanded", value("R", "/opt") + typed("E", "expandvar", "[NOPE]/x", " Default=\"[R]/d\""),
+         {{"E", "/opt/d", "[R]/d"}}, nullptr},
+        {"expandvar of nothing", typed("E", "expandvar", ""), {{"E", "", nullptr}},
          "WARNING: Could not expand variable (and no default provided): E with expression: "},
-        {"checkfile finds", "<Value Name=\"F\" DataType=\"checkfile\">" + here + "</Value>", {{"F", here, "0"}}, nullptr},
-        {"checkfile misses", R"(<Value Name="F" DataType="checkfile" Default="not_found">/nonexistent/q</Value>)",
-         {{"F", "not_found", "not_found"}}, nullptr},
-        {"checkproc", R"(<Value Name="RUN" DataType="checkproc">editor</Value><Value Name="NOT" DataType="checkproc">x</Value>)",
-         {{"RUN", "1", "0"}, {"NOT", "0", "0"}}, nullptr},
-        {"install_app", R"(<Value Name="HAS" DataType="install_app">Viewer</Value><Value Name="NOT" DataType="install_app" Default="no">x</Value>)",
+        {"checkfile finds", typed("F", "checkfile", here), {{"F", here, "0"}}, nullptr},
+        {"checkfile misses", typed("F", "checkfile", "/nonexistent/q", " Default=\"not_found\""), {{"F", "not_found", "not_found"}}, nullptr},
+        {"checkproc", typed("RUN", "checkproc", "editor") + typed("NOT", "checkproc", "x"), {{"RUN", "1", "0"}, {"NOT", "0", "0"}}, nullptr},
+        {"install_app", typed("HAS", "install_app", "Viewer") + typed("NOT", "install_app", "x", " Default=\"no\""),
          {{"HAS", "1", nullptr}, {"NOT", "no", "no"}}, nullptr},
-        {"installvar", R"(<Value Name="IV" DataType="installvar" AppName="Suite" Default="d">ROOT</Value>
-            <Value Name="IV2" DataType="installvar" AppName="None" Default="d">ROOT</Value>
-            <Value Name="IV3" DataType="installvar" AppName="None">ROOT</Value>)",
+        {"installvar, blanks between the elements", typed("IV", "installvar", "ROOT", " AppName=\"Suite\" Default=\"d\"") + "\n  " +
+         typed("IV2", "installvar", "ROOT", " AppName=\"None\" Default=\"d\"") + "\n  " + typed("IV3", "installvar", "ROOT", " AppName=\"None\""),
          {{"IV", "/opt/suite", "/opt/suite"}, {"IV2", "d", "d"}, {"IV3", "", "ROOT"}}, nullptr},
-        {"envvar", R"(<Value Name="EV" DataType="envvar">QUILB_TEST_DEFAULTS_ENV</Value>
-            <Value Name="EV2" DataType="envvar" Default="fallback">QUILB_TEST_DEFAULTS_UNSET</Value>)",
+        {"envvar", typed("EV", "envvar", "QUILB_TEST_DEFAULTS_ENV") + typed("EV2", "envvar", "QUILB_TEST_DEFAULTS_UNSET", " Default=\"fallback\""),
          {{"EV", "from-env", nullptr}, {"EV2", "fallback", "fallback"}}, nullptr},
-        {"cmdlinearg takes the last occurrence, by ArgName or its own name",
-         R"(<Value Name="MODE" DataType="cmdlinearg">normal</Value><Value Name="SPEED" DataType="cmdlinearg" ArgName="quick">0</Value>
-            <Value Name="ABSENT" DataType="cmdlinearg">dflt</Value>)",
+        {"cmdlinearg takes the last occurrence, by ArgName or its own name", typed("MODE", "cmdlinearg", "normal") +
+         typed("SPEED", "cmdlinearg", "0", " ArgName=\"quick\"") + typed("ABSENT", "cmdlinearg", "dflt"),
          {{"MODE", "slow", nullptr}, {"SPEED", "1", nullptr}, {"ABSENT", "dflt", "dflt"}}, nullptr},
         {"registry", R"(<Value Name="REG" DataType="registry">HKLM\x</Value>)", {{"REG", "<unknown>", nullptr}},
          "WARNING: Registry value type used on non Windows system (Variable: [REG])"},
@@ -113,23 +115,21 @@ TEST(DefaultValues, EachKindOfElement)
 
 TEST(DefaultValues, UseOldAndRecalculation)
 {
-    const char* root = R"(<Value Name="R" DataType="value">/opt</Value>)";
+    const std::string root = value("R", "/opt");
     // previous: what an earlier installation left
     const struct { const char* name; std::string values; const char* previous; Expect expect; bool recalculated; } rows[] = {
-        {"the old value stays, the default is new", R"(<Value Name="A" DataType="value" UseOld="1">new</Value>)", "old", {"A", "old", "new"}, false},
-        {"nothing old: the new value", R"(<Value Name="A" DataType="value" UseOld="1">new</Value>)", nullptr, {"A", "new", "new"}, false},
-        {"a false UseOld", R"(<Value Name="A" DataType="value" UseOld="0">new</Value>)", "old", {"A", "new", "new"}, false},
-        {"an old path like the new one keeps following", root + std::string(R"(<Value Name="P" DataType="value" UseOld="1" Recalculate="1">$R/app</Value>)"),
-         "/opt/app ", {"P", "/opt/app ", "/opt/app"}, true},
-        {"an old path changed by hand stops following", root + std::string(R"(<Value Name="P" DataType="value" UseOld="1" Recalculate="1">$R/app</Value>)"),
-         "/home/app", {"P", "/home/app", "/opt/app"}, false},
-        {"Recalculate as a condition", root + std::string(R"(<Value Name="P" DataType="value" Recalculate="'[R]'=='/opt'">$R//app</Value>)"),
-         nullptr, {"P", "/opt/app", nullptr}, true},
-        {"Recalculate false", root + std::string(R"(<Value Name="P" DataType="value" Recalculate="0">$R/app</Value>)"), nullptr, {"P", "/opt/app", nullptr}, false},
-        {"the flag alone doesn't make a value follow", root + std::string(R"(<Value Name="P" DataType="value" Flags="recalculate">$R/app</Value>)"),
-         nullptr, {"P", "/opt/app", nullptr}, false},
-        {"verbatim", root + std::string(R"(<Value Name="P" DataType="value" Flags="Verbatim" Recalculate="1">$R//app</Value>)"), nullptr, {"P", "/opt//app", nullptr}, true},
-        {"a file check from an old installation", R"(<Value Name="F" DataType="checkfile" UseOld="1" Default="none">/nonexistent/q</Value>)", "/old",
+        {"the old value stays, the default is new", value("A", "new", " UseOld=\"1\""), "old", {"A", "old", "new"}, false},
+        {"nothing old: the new value", value("A", "new", " UseOld=\"1\""), nullptr, {"A", "new", "new"}, false},
+        {"a false UseOld", value("A", "new", " UseOld=\"0\""), "old", {"A", "new", "new"}, false},
+        {"an old path like the new one keeps following", root + value("P", "$R/app", " UseOld=\"1\" Recalculate=\"1\""), "/opt/app ",
+         {"P", "/opt/app ", "/opt/app"}, true},
+        {"an old path changed by hand stops following", root + value("P", "$R/app", " UseOld=\"1\" Recalculate=\"1\""), "/home/app",
+         {"P", "/home/app", "/opt/app"}, false},
+        {"Recalculate as a condition", root + value("P", "$R//app", " Recalculate=\"'[R]'=='/opt'\""), nullptr, {"P", "/opt/app", nullptr}, true},
+        {"Recalculate false", root + value("P", "$R/app", " Recalculate=\"0\""), nullptr, {"P", "/opt/app", nullptr}, false},
+        {"the flag alone doesn't make a value follow", root + value("P", "$R/app", " Flags=\"recalculate\""), nullptr, {"P", "/opt/app", nullptr}, false},
+        {"verbatim", root + value("P", "$R//app", " Flags=\"Verbatim\" Recalculate=\"1\""), nullptr, {"P", "/opt//app", nullptr}, true},
+        {"a file check from an old installation", typed("F", "checkfile", "/nonexistent/q", " UseOld=\"1\" Default=\"none\""), "/old",
          {"F", "none", "none"}, false},
     };
     for (const auto& row : rows) {

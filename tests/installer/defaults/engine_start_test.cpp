@@ -17,17 +17,16 @@ std::string edited(const std::string& from, const std::string& to)
     return xml.replace(xml.find(from), from.size(), to);
 }
 
-// Runs the start with a log of plain lines; gives the result, the log in `lines`, each
-// line ended by "\n".
-int start(TestEngine& engine, ScriptedUI& ui, std::string& lines)
+// Runs the start with a log of plain lines; gives "<result>: " and the log, each line
+// ended by "\n".
+std::string start(TestEngine& engine, ScriptedUI& ui)
 {
     PMemoryConsole log;
     log.flags = 0;
-    int result = engine.RunInstallerUI(&ui, &log);
-    lines = log.text();
+    std::string lines = std::to_string(engine.RunInstallerUI(&ui, &log)) + ": " + log.text();
     for (size_t at; (at = lines.find('\r')) != std::string::npos;)
         lines.erase(at, 1);
-    return result;
+    return lines;
 }
 
 // The lines of a successful install; `gui` and `previous` (an installed copy) add theirs.
@@ -53,11 +52,11 @@ std::string upTo(const std::string& last, const std::string& more = "")
 
 TEST(EngineStart, StepsOfAnInstall)
 {
-    // previous: an installed copy, read before the defaults so that UseOld keeps its values
-    const struct { const char* name; bool gui, previous; const char* stdroot; const char* previousState; } rows[] = {
-        {"console", false, false, "/opt/defaults", "<unknown>"},
-        {"graphical", true, false, "/opt/defaults", "<unknown>"},
-        {"over an installed copy", false, true, "/home/me/old", "1"},
+    // previous: an installed copy, read before the defaults so that UseOld keeps its values;
+    // state: INSTALLATIONS_COUNT, SHOULD_UNINSTALL and PREVIOUS_INSTALLATION
+    const struct { const char* name; bool gui, previous; std::string stdroot; const char* state; } rows[] = {
+        {"console", false, false, "/opt/defaults", "0 <unknown> <unknown>"}, {"graphical", true, false, "/opt/defaults", "0 <unknown> <unknown>"},
+        {"over an installed copy", false, true, "/home/me/old", "0 1 1"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -69,17 +68,10 @@ TEST(EngineStart, StepsOfAnInstall)
         int dialogAtStart = -2;
         ui.script = [&] { return dialogAtStart = engine.GetCurDlg(), 0; };
         quilbtest::putTemplateInCabinet(engine, productXml());
-        std::string lines;
-        EXPECT_EQ(start(engine, ui, lines), 0);
-        EXPECT_EQ(lines, installSteps(row.gui, row.previous));
-        EXPECT_EQ(ui.calls, (std::vector<std::string>{"StartUI", "EndUI"}));
-        EXPECT_EQ(dialogAtStart, 0);
-        EXPECT_EQ(engine.var("INSTALLATIONS_COUNT"), "0");
-        EXPECT_EQ(engine.var("STDROOT"), row.stdroot);
-        EXPECT_EQ(engine.defaultOf("STDROOT"), "/opt/defaults");
-        EXPECT_EQ(engine.var("EDITION"), "basic");
-        EXPECT_EQ(engine.var("SHOULD_UNINSTALL"), row.previousState);
-        EXPECT_EQ(engine.var("PREVIOUS_INSTALLATION"), row.previousState);
+        EXPECT_EQ(start(engine, ui), "0: " + installSteps(row.gui, row.previous));
+        EXPECT_EQ(ui.only({""}) + " on " + std::to_string(dialogAtStart), "StartUI EndUI on 0");
+        EXPECT_EQ(engine.var("STDROOT") + "|" + engine.defaultOf("STDROOT") + "|" + engine.var("EDITION"), row.stdroot + "|/opt/defaults|basic");
+        EXPECT_EQ(engine.var("INSTALLATIONS_COUNT") + " " + engine.var("SHOULD_UNINSTALL") + " " + engine.var("PREVIOUS_INSTALLATION"), row.state);
     }
 }
 
@@ -102,9 +94,7 @@ TEST(EngineStart, StopsWhereAStepFails)
         ui.script = [&] { return row.startResult; };
         if (!row.xml.empty())
             quilbtest::putTemplateInCabinet(engine, row.xml);
-        std::string lines;
-        EXPECT_EQ(start(engine, ui, lines), row.result);
-        EXPECT_EQ(lines, row.lines);
+        EXPECT_EQ(start(engine, ui), std::to_string(row.result) + ": " + row.lines);
         EXPECT_EQ(ui.calls.size(), row.startResult ? 2u : 0u);
     }
     TestEngine engine;
@@ -133,9 +123,7 @@ TEST(EngineStart, UninstallTakesTheTemplateNamedByTheActionLog)
         ScriptedUI ui;
         ASSERT_EQ(engine.Init(dir.file("install.log").c_str(), 0, 1), 0);
         engine.configFile = dir.file("no-such-config.xml");  // never read for an uninstall
-        std::string lines;
-        EXPECT_EQ(start(engine, ui, lines), row.result);
-        EXPECT_EQ(lines, row.lines);
+        EXPECT_EQ(start(engine, ui), std::to_string(row.result) + ": " + row.lines);
         EXPECT_EQ(ui.only({"MessageBox"}), "");
         EXPECT_TRUE(row.result != 0 || strcmp(engine.GetDialogInfo(0, -1)->name, "PreUninstall") == 0);
         // The end of the run closes the log and deletes the engine's temporary files.

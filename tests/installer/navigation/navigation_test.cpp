@@ -56,17 +56,14 @@ TEST(Navigation, EnteringTellsTheFrontEndInOrder)
     // The first entry finds dialog 0 current: it is left (its End triggers: "iconize")
     // before it is entered (its Set triggers: "show").
     EXPECT_EQ(engine.EvSetDlg(0, &ui), 0);
-    EXPECT_EQ(ui.calls, (std::vector<std::string>{"RetainSubCtrl(Banner)", "NEndDialog(0)", "ClearTasks", "ClearSubCtrls",
-                                                  "ManageWindow(3)", "ManageWindow(1)", "NBeginDialog(0)", "SetDlg(0)",
-                                                  "ShowUIElements(0,-1,1)"}));
+    EXPECT_EQ(ui.only({""}), "RetainSubCtrl(Banner) NEndDialog(0) ClearTasks ClearSubCtrls ManageWindow(3) ManageWindow(1) "
+                             "NBeginDialog(0) SetDlg(0) ShowUIElements(0,-1,1)");
     // A frame: the dialog, then its first sub-dialog with its task current, each shown once.
     engine.EvNext(&ui, 1);
     ui.calls.clear();
     engine.EvNext(&ui, 1);
-    EXPECT_EQ(ui.calls, (std::vector<std::string>{"NEndDialog(2)", "ClearTasks", "ClearSubCtrls", "NBeginDialog(3)",
-                                                  "SetDlg(3)", "ShowUIElements(3,-1,1)", "NEndSubDialog(3,-1)",
-                                                  "SetTask(Prepare,Preparing,1)", "NBeginSubDialog(3,0)", "SetSubDlg(3,0)",
-                                                  "ShowUIElements(3,0,1)"}));
+    EXPECT_EQ(ui.only({""}), "NEndDialog(2) ClearTasks ClearSubCtrls NBeginDialog(3) SetDlg(3) ShowUIElements(3,-1,1) "
+                             "NEndSubDialog(3,-1) SetTask(Prepare,Preparing,1) NBeginSubDialog(3,0) SetSubDlg(3,0) ShowUIElements(3,0,1)");
     EXPECT_TRUE(engine.logged("Setting dialog \"Frame\" (3, -1)"));
     EXPECT_TRUE(engine.logged("Setting dialog \"Prepare\" (3, 0)"));
     // A shift of two runs the triggers of the sub-dialog it passes; the tasks left are

@@ -6,6 +6,7 @@
 // TestEngine answers the questions that reach the machine (running and installed
 // applications, action sequences, earlier installations, the configuration file name)
 // from what a test sets up, and logs to a memory console without decorations.
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -48,16 +49,13 @@ public:
     void SetTask(const char* name, const char* label, TASKSTATUS status) override { add(std::string("SetTask(") + name + "," + label + "," + std::to_string(status) + ")"); }
     bool ConfirmCancel() override { return add("ConfirmCancel"), confirmCancel; }
 
-    // The recorded calls that begin with one of `prefixes`, joined by blanks.
+    // The recorded calls that begin with one of `prefixes`, joined by blanks; {""} gives all.
     std::string only(std::initializer_list<const char*> prefixes) const
     {
         std::string joined;
         for (const std::string& call : calls)
-            for (const char* prefix : prefixes)
-                if (call.compare(0, strlen(prefix), prefix) == 0) {
-                    joined += (joined.empty() ? "" : " ") + call;
-                    break;
-                }
+            if (std::any_of(prefixes.begin(), prefixes.end(), [&](const char* prefix) { return call.rfind(prefix, 0) == 0; }))
+                joined += (joined.empty() ? "" : " ") + call;
         return joined;
     }
 
@@ -115,16 +113,13 @@ public:
     }
 
     bool logged(const std::string& line) const { return log.text().find(line + "\r\n") != std::string::npos; }
-    std::string var(const char* name)
+    std::string var(const char* name, bool byDefault = false)
     {
         char value[1024];
-        return GetVar(name, value, sizeof(value)) == -1 ? "<unknown>" : value;
+        int found = byDefault ? GetVarDefaultValue(name, value, sizeof(value)) : GetVar(name, value, sizeof(value));
+        return found == -1 ? "<unknown>" : value;
     }
-    std::string defaultOf(const char* name)
-    {
-        char value[1024];
-        return GetVarDefaultValue(name, value, sizeof(value)) == -1 ? "<unknown>" : value;
-    }
+    std::string defaultOf(const char* name) { return var(name, true); }
 };
 
 // The text of the test file `name` below the installer's test data.
