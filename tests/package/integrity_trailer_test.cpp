@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -19,26 +20,13 @@ std::string md5Of(const std::string& data)
     return std::string(reinterpret_cast<char*>(digest), 16);
 }
 
-// An installer-like file with a valid trailer of either form.
-std::string withV2(const std::string& body)
-{
-    return body + "v2sum: " + md5Of(body.substr(body.size() < 5000 ? body.size() : 5000));
-}
-
-std::string withV1(const std::string& body)
-{
-    return body + "MD5SUM: " + md5Of(body);
-}
-
-std::string flip(std::string data, size_t at)
-{
-    data[at] = static_cast<char>(data[at] ^ 0x01);
-    return data;
-}
-
 TEST(IntegrityTrailer, Cases)
 {
     const std::string body = quilbtest::mixedBytes(30000, 7);
+    // An installer-like file with a valid trailer of either form; `flip` changes one byte.
+    auto withV2 = [](const std::string& b) { return b + "v2sum: " + md5Of(b.substr(std::min<size_t>(b.size(), 5000))); };
+    auto withV1 = [](const std::string& b) { return b + "MD5SUM: " + md5Of(b); };
+    auto flip = [](std::string data, size_t at) { return data[at] = static_cast<char>(data[at] ^ 0x01), data; };
     struct Row { const char* name; std::function<std::string()> make; int expected; } rows[] = { // make null: no file
         {"v2 trailer matches", [&] { return withV2(body); }, 1},
         {"v1 trailer matches", [&] { return withV1(body); }, 1},
