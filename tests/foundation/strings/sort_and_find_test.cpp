@@ -25,12 +25,7 @@ TEST(QuickSort, OrdersBytewiseWithNullsFirst)
         std::vector<CharString> strings;
         for (int i = 0; i < size; ++i) {
             int kind = rand() % 10;
-            if (kind == 0)
-                strings.emplace_back();
-            else if (kind == 1)
-                strings.emplace_back("\xff" "high");
-            else
-                strings.emplace_back(CharString::format("s%d", rand() % (size / 2 + 1)));
+            strings.push_back(kind == 0 ? CharString() : kind == 1 ? CharString("\xff" "high") : CharString::format("s%d", rand() % (size / 2 + 1)));
         }
         std::vector<CharString*> pointers;
         for (CharString& s : strings)

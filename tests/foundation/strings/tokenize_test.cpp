@@ -23,23 +23,29 @@ Tokens texts(const Table<CharString, 100>& tokens)
     return out;
 }
 
+// `text` copied into a path-sized buffer, `edit` applied: the buffer's text afterwards.
+template <typename Edit>
+std::string edited(const char* text, Edit edit)
+{
+    char buffer[520];
+    strcpy(buffer, text);
+    edit(buffer);
+    return buffer;
+}
+
 TEST(Tokenize, DelimitersAndFlags)
 {
     // `set`, when not null, is used instead of the delimiter.
     struct Row { const char* name; const char* text; char delimiter; const char* set; int flags; Tokens expected; };
     const Row rows[] = {
-        {"empty tokens left out", "a;;b", ';', nullptr, 0, {"a", "b"}},
+        {"empty tokens left out", "a;;b", ';', nullptr, 0, {"a", "b"}}, {"empty set", "a,b", 0, "", 2, {}},
         {"empty tokens kept as null", "a;;b", ';', nullptr, 2, {"a", "<null>", "b"}},
         {"empty tokens kept as text", "a;;b", ';', nullptr, 6, {"a", "", "b"}},
-        {"bit 2 alone changes nothing", "a;;b", ';', nullptr, 4, {"a", "b"}},
-        {"only a delimiter", ";", ';', nullptr, 0, {}},
+        {"bit 2 alone changes nothing", "a;;b", ';', nullptr, 4, {"a", "b"}}, {"only a delimiter", ";", ';', nullptr, 0, {}},
         {"only a delimiter, keep empty", ";", ';', nullptr, 2, {"<null>", "<null>"}},
         {"leading and trailing", ";x;", ';', nullptr, 2, {"<null>", "x", "<null>"}},
-        {"NUL delimiter splits nothing", "a;b", '\0', nullptr, 0, {"a;b"}},
-        {"empty text", "", ';', nullptr, 2, {}},
-        {"null text", nullptr, ';', nullptr, 2, {}},
-        {"any character of a set", "a,b;c\xe9" "d", 0, ",;\xe9", 0, {"a", "b", "c", "d"}},
-        {"empty set", "a,b", 0, "", 2, {}},
+        {"NUL delimiter splits nothing", "a;b", '\0', nullptr, 0, {"a;b"}}, {"empty text", "", ';', nullptr, 2, {}},
+        {"null text", nullptr, ';', nullptr, 2, {}}, {"any character of a set", "a,b;c\xe9" "d", 0, ",;\xe9", 0, {"a", "b", "c", "d"}},
     };
     for (const Row& row : rows) {
         Table<CharString, 100> tokens;
@@ -182,28 +188,16 @@ TEST(Tokenize, FromStringBounds)
 TEST(Tokenize, PathHelpers)
 {
     const struct { const char* in; const char* out; } doubles[] = {{"a//b\\\\c", "a/b\\c"}, {"/\\x", "\\x"}, {"\\/x", "/x"}, {"///", "/"}};
-    for (const auto& row : doubles) {
-        char path[32];
-        strcpy(path, row.in);
-        removeDoubleSlashes(path);
-        EXPECT_STREQ(path, row.out) << row.in;
-    }
+    for (const auto& row : doubles)
+        EXPECT_EQ(edited(row.in, removeDoubleSlashes), row.out) << row.in;
 
     const struct { const char* in; int size; const char* out; } ends[] = {{"/a/b//", 520, "/a/b"}, {"///", 520, "/"}, {"a\\", 520, "a\\"}, {"a//", 2, "a"}};
-    for (const auto& row : ends) {
-        char path[32];
-        strcpy(path, row.in);
-        removeSlashesAtEnd(path, row.size);
-        EXPECT_STREQ(path, row.out) << row.in;
-    }
+    for (const auto& row : ends)
+        EXPECT_EQ(edited(row.in, [&](char* path) { removeSlashesAtEnd(path, row.size); }), row.out) << row.in;
 
     const struct { const char* folder; const char* name; int size; const char* out; } joins[] = {{"", "x", 520, "x"}, {"/a", "b", 520, "/a/b"}, {"/a/", "b", 520, "/a/b"}, {"/abc", "def", 6, "/abc/"}};
-    for (const auto& row : joins) {
-        char folder[520];
-        strcpy(folder, row.folder);
-        appendToFolder(folder, row.name, row.size);
-        EXPECT_STREQ(folder, row.out) << row.folder << " + " << row.name;
-    }
+    for (const auto& row : joins)
+        EXPECT_EQ(edited(row.folder, [&](char* folder) { appendToFolder(folder, row.name, row.size); }), row.out) << row.folder << " + " << row.name;
 
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("plain"), "x"));
