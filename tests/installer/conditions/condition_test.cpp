@@ -6,15 +6,11 @@
 
 #include "installer/variables/variables_helpers.h"
 
-namespace {
-
-// warnings: lines in the log
-struct ConditionCase { const char* title; std::string text; int result, warnings; };
-
 TEST(EvalCondition, Grammar)
 {
     const std::string a1023(1023, 'a');
-    const ConditionCase cases[] = {
+    // warnings: lines in the log
+    const struct { const char* title; std::string text; int result, warnings; } cases[] = {
         {"empty condition", "", 1, 0}, {"false alternatives", "0 ; 4>5;5>=6", 0, 0},
         {"hex in either case, eight digits kept", " 0x10,0XfF==255,0x123456789==0x12345678", 1, 0},
         {"hex without digits", "0x", 0, 0}, {"negative literal", "-1", -1, 1},
@@ -40,7 +36,7 @@ TEST(EvalCondition, Grammar)
         {"unknown variable stays as text", "[UNSET]==1", -1, 2},
         {"unknown variable quoted on both sides", "'[UNSET]'=='[UNSET]'", 1, 2},
     };
-    for (const ConditionCase& c : cases) {
+    for (const auto& c : cases) {
         ProbeInstaller installer;
         installer.SetVar("ONE", "1");
         installer.SetVar("EMPTY", "");
@@ -69,5 +65,3 @@ TEST(EvalCondition, BufferGrowsForLongExpansions)
     EXPECT_EQ(installer.EvalCondition("1"), 1);
     EXPECT_EQ(installer.conditionBuffer.capacity, 6144);
 }
-
-} // namespace

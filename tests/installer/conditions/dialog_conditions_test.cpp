@@ -70,8 +70,7 @@ TEST(DlgCondition, NothingToAskAndMessages)
     RunningAppsCondition apps;
     EXPECT_TRUE(apps.Eval(&machine, &ui));  // no entries
     apps.addEntry("editor", "");
-    EXPECT_TRUE(apps.Eval(&machine, nullptr));
-    EXPECT_TRUE(apps.Eval(nullptr, &ui));
+    EXPECT_TRUE(apps.Eval(&machine, nullptr) && apps.Eval(nullptr, &ui));
     EXPECT_EQ(machine.asked, "");
 
     ExternalInstallationCondition products;

@@ -9,9 +9,7 @@
 #include "foundation/strings/char_string.h"
 #include "installer/variables/variables_helpers.h"
 
-namespace {
-
-void fillStore(ProbeInstaller& installer)
+static void fillStore(ProbeInstaller& installer)
 {
     installer.SetVar("X", "hello");
     installer.SetVar("BRACKETS", "[X]");
@@ -84,5 +82,3 @@ TEST(ExpandVariables, RecalculationExpressions)
     }
     unsetenv("QUILB_VARS_ENV");
 }
-
-} // namespace

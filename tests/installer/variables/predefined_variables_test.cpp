@@ -9,8 +9,6 @@
 
 #include "installer/variables/variables_helpers.h"
 
-namespace {
-
 const char* const kProxyNames[] = {"HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY",
                                    "http_proxy", "https_proxy", "ftp_proxy", "no_proxy"};
 
@@ -20,7 +18,7 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof(self) - 1), 0);
     const std::string program = self;
 
-    for (const char* name : kProxyNames)
+    for (const char* name : kProxyNames)  // a proxy of the machine would change the answers
         unsetenv(name);
     setenv("HTTP_PROXY", "http://plain:8080", 1);
     setenv("https_proxy", "http://secure:8443", 1);
@@ -30,8 +28,7 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
         {"INSTALLER_DIR", program.substr(0, program.rfind('/') + 1)},
         {"installer_file_name", program.substr(program.rfind('/') + 1)},
         {"WX_PORT", "linux_console"}, {"Operating_System", "linux"}, {"OS_HTTP_PROXY", "http://plain:8080"},
-        {"OS_HTTPS_PROXY", "http://secure:8443"},
-        {"os_https_proxy", "http://plain:8080"},  // only the upper-case 'S' picks HTTPS
+        {"OS_HTTPS_PROXY", "http://secure:8443"}, {"os_https_proxy", "http://plain:8080"},  // only the upper-case 'S' picks HTTPS
     };
     for (const auto& c : cases) {
         ProbeInstaller installer;
@@ -62,5 +59,3 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
     EXPECT_EQ(installer.GetVar("HAVE_DPKG", nullptr, 0), -2);
     EXPECT_EQ(installer.shellRuns, 3);
 }
-
-} // namespace

@@ -8,8 +8,6 @@
 
 #include "installer/variables/variables_helpers.h"
 
-namespace {
-
 TEST(VariableStore, LookupWithModifiers)
 {
     // size: of the caller's buffer; result: FILE is record 1; expected: null where the buffer
@@ -58,16 +56,11 @@ TEST(VariableStore, SettingRecords)
 
     // A new record takes the default as its value; null arguments keep what is stored.
     EXPECT_EQ(installer.SetVarExt("A", nullptr, "$B//c", VARFLAG_RECALCULATE | VARFLAG_KEEP, "d//e"), 0);
-    const VariableRecord& a = installer.variables[2];
-    EXPECT_EQ(a.flags, static_cast<uint32_t>(VARFLAG_RECALCULATE));
-    EXPECT_STREQ(a.value, "d/e");
-    EXPECT_STREQ(a.expression, "$B/c");
+    EXPECT_EQ(installer.record(2), std::to_string(VARFLAG_RECALCULATE) + "|d/e|$B/c|d/e");
     EXPECT_EQ(installer.SetVarExt("a", "http://x//y", nullptr, VARFLAG_VERBATIM, nullptr), 0);
-    EXPECT_EQ(a.flags, static_cast<uint32_t>(VARFLAG_VERBATIM));
-    EXPECT_STREQ(a.value, "http://x//y");
-    EXPECT_STREQ(a.defaultValue, "d/e");
+    EXPECT_EQ(installer.record(2), std::to_string(VARFLAG_VERBATIM) + "|http://x//y|$B/c|d/e");
     EXPECT_EQ(installer.SetVar("A", "ftp://z//w"), 0);  // keeps the flags, so stays verbatim
-    EXPECT_STREQ(a.value, "ftp://z//w");
+    EXPECT_STREQ(installer.variables[2].value, "ftp://z//w");
 
     // Fields are cut at their sizes; the name is found by its first 1023 characters.
     const std::string longName(1100, 'N'), longValue(600, 'v');
@@ -80,9 +73,8 @@ TEST(VariableStore, SettingRecords)
 TEST(VariableStore, NamesThatCanNotBeSetAndAssignmentTexts)
 {
     ProbeInstaller installer;
-    EXPECT_EQ(installer.SetVar("", "1"), -1);
-    EXPECT_EQ(installer.SetVar("operating_system", "dos"), -1);
-    EXPECT_EQ(installer.SetVar("HAVE_RPM", "1"), -1);
+    for (const char* name : {"", "operating_system", "HAVE_RPM"})
+        EXPECT_EQ(installer.SetVar(name, "1"), -1) << name;
     EXPECT_EQ(installer.shellRuns, 1);  // even the existence test runs the probe
 
     // "$NAME" writes the environment (value, else default), makes no record, gives -1.
@@ -93,11 +85,10 @@ TEST(VariableStore, NamesThatCanNotBeSetAndAssignmentTexts)
     unsetenv("QUILB_STORE_SET");
     EXPECT_EQ(installer.variables.count, 0);
 
-    EXPECT_EQ(installer.SetVar("[CUSTOMIZE]='1'"), 0);
-    EXPECT_EQ(installer.SetVar("  [MSG] = 'it's here' "), 0);
-    EXPECT_EQ(installer.SetVar("[ONEQUOTE]='x"), -1);
-    EXPECT_EQ(installer.SetVar("]NAME['v'"), -1);
-    EXPECT_EQ(installer.SetVar(static_cast<const char*>(nullptr)), -1);
+    const struct { const char* text; int result; } assignments[] = {
+        {"[CUSTOMIZE]='1'", 0}, {"  [MSG] = 'it's here' ", 0}, {"[ONEQUOTE]='x", -1}, {"]NAME['v'", -1}, {nullptr, -1}};
+    for (const auto& a : assignments)
+        EXPECT_EQ(installer.SetVar(a.text), a.result) << (a.text ? a.text : "null");
     EXPECT_EQ(installer.variables.count, 2);
     EXPECT_EQ(installer.value("CUSTOMIZE") + "|" + installer.value("MSG"), "1|it's here");
 }
@@ -107,17 +98,15 @@ TEST(VariableStore, ResetAndDefaults)
     ProbeInstaller installer;
     installer.SetVar("BASE", "/opt");
     installer.SetVarExt("DIR", "/manual", "$BASE/app", 0, "/default");
-    const VariableRecord& dir = installer.variables[1];
-
-    EXPECT_EQ(installer.ResetVar("DIR", VARRESET_RECALCULATE), 0);
-    EXPECT_EQ(installer.value("DIR"), "/opt/app");
-    EXPECT_EQ(dir.flags, static_cast<uint32_t>(VARFLAG_RECALCULATE));
-    EXPECT_EQ(installer.ResetVar("dir", VARRESET_DEFAULT), 0);
-    EXPECT_EQ(installer.value("DIR"), "/default");
-    EXPECT_EQ(dir.flags, static_cast<uint32_t>(VARFLAG_RECALCULATE));
-    EXPECT_EQ(installer.ResetVar("DIR", VARRESET_EXPRESSION), 0);
-    EXPECT_EQ(installer.value("DIR"), "/opt/app");
-    EXPECT_EQ(dir.flags, 0u);
+    const struct { const char* name; VariableResetType mode; std::string record; } resets[] = {
+        {"DIR", VARRESET_RECALCULATE, std::to_string(VARFLAG_RECALCULATE) + "|/opt/app|$BASE/app|/default"},
+        {"dir", VARRESET_DEFAULT, std::to_string(VARFLAG_RECALCULATE) + "|/default|$BASE/app|/default"},
+        {"DIR", VARRESET_EXPRESSION, "0|/opt/app|$BASE/app|/default"},
+    };
+    for (const auto& reset : resets) {
+        EXPECT_EQ(installer.ResetVar(reset.name, reset.mode), 0) << reset.mode;
+        EXPECT_EQ(installer.record(1), reset.record);
+    }
     EXPECT_EQ(installer.ResetVar("TEMP_DIR", VARRESET_DEFAULT), -1);
 
     char buffer[64];
@@ -171,11 +160,7 @@ TEST(Recalculation, AssignedSuspendedLongAndFailedValues)
     installer.SetVarExt("LONG", "", "$PREFIX.$PREFIX", VARFLAG_RECALCULATE, "dflt");
     installer.SetVarExt("BROKEN", "abcdefgh", "xy$MISSING", VARFLAG_RECALCULATE, nullptr);
     installer.SetVar("PREFIX", std::string(400, 'q').c_str());
-    const VariableRecord& record = installer.variables[4];
-    EXPECT_EQ(std::string(record.value), std::string(400, 'q') + "." + std::string(118, 'q'));
-    EXPECT_STREQ(record.expression, "$PREFIX.$PREFIX");
-    EXPECT_STREQ(record.defaultValue, "dflt");
+    EXPECT_EQ(installer.record(4), std::to_string(VARFLAG_RECALCULATE) + "|" + std::string(400, 'q') + "." + std::string(118, 'q') +
+                                       "|$PREFIX.$PREFIX|dflt");
     EXPECT_EQ(installer.value("BROKEN"), "xycdefgh");
 }
-
-} // namespace

@@ -27,6 +27,12 @@ public:
         char buffer[1024];
         return GetVar(name, buffer, sizeof(buffer)) == -1 ? "<unknown>" : buffer;
     }
+    // Record `index` as "flags|value|expression|default".
+    std::string record(int index) const
+    {
+        const VariableRecord& r = variables[index];
+        return std::to_string(r.flags) + "|" + r.value + "|" + r.expression + "|" + r.defaultValue;
+    }
     bool logged(const std::string& line) const { return log.text().find(line) != std::string::npos; }
 
     PMemoryConsole log;
