@@ -99,8 +99,7 @@ void expectExactLayout(const std::string& package, uint32_t chunks)
     for (; at + kCabinetRecordHeaderSize <= stream.size() && valueAt<uint32_t>(stream, at) == kCabinetFileTag; ++records) {
         uint64_t size = valueAt<uint64_t>(stream, at + 4);
         EXPECT_EQ(valueAt<uint64_t>(stream, at + 12), size);
-        const char* name = stream.data() + at + 40;
-        const char* alias = stream.data() + at + 340;
+        const char *name = stream.data() + at + 40, *alias = stream.data() + at + 340;
         bool image = std::string(name).find(".png") != std::string::npos;
         EXPECT_EQ(valueAt<uint32_t>(stream, at + 20), image ? 1u : 0u) << name;
         EXPECT_EQ(stream.compare(at + 40 + strlen(name), 300 - strlen(name), std::string(300 - strlen(name), '\0')), 0) << name;

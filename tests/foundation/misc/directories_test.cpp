@@ -1,7 +1,5 @@
-#include <cerrno>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 

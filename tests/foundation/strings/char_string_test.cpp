@@ -11,9 +11,7 @@ namespace {
 
 TEST(CharString, NullDiffersFromEmpty)
 {
-    CharString none;
-    CharString fromNull(static_cast<const char*>(nullptr));
-    CharString empty("");
+    CharString none, fromNull(static_cast<const char*>(nullptr)), empty("");
     EXPECT_TRUE(none.isNull());
     EXPECT_TRUE(fromNull.isNull());
     EXPECT_FALSE(empty.isNull());
@@ -30,8 +28,7 @@ TEST(CharString, NullDiffersFromEmpty)
 
 TEST(CharString, AppendCopiesASharedBufferFirst)
 {
-    CharString first("abc");
-    CharString second = first;
+    CharString first("abc"), second = first;
     EXPECT_EQ(first.shareCount(), 2);
     EXPECT_EQ(first.data(), second.data());
 

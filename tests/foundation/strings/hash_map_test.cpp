@@ -1,7 +1,6 @@
 // The hash, the bucket sizes a map moves through, and the node pool.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <vector>
 
 #include "foundation/strings/char_string.h"

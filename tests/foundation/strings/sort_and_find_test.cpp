@@ -40,10 +40,8 @@ TEST(QuickSort, OrdersBytewiseWithNullsFirst)
         std::sort(original.begin(), original.end());
         EXPECT_EQ(sortedCopy, original) << "a permutation, size " << size;
         for (size_t i = 1; i < pointers.size(); ++i) {
-            const char* a = pointers[i - 1] ? pointers[i - 1]->data() : nullptr;
-            const char* b = pointers[i] ? pointers[i]->data() : nullptr;
-            bool ordered = !a || (b && strcmp(a, b) <= 0);
-            EXPECT_TRUE(ordered) << "size " << size << " at " << i;
+            const char *a = pointers[i - 1] ? pointers[i - 1]->data() : nullptr, *b = pointers[i] ? pointers[i]->data() : nullptr;
+            EXPECT_TRUE(!a || (b && strcmp(a, b) <= 0)) << "size " << size << " at " << i;
         }
     }
 }

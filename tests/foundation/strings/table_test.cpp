@@ -94,8 +94,7 @@ TEST(PtrArraySharing, CopiesShareUntilTheLastLetsGo)
     data[0] = 7;
     EXPECT_EQ(first.count, 4);
 
-    PtrArray<unsigned char> second(first);
-    PtrArray<unsigned char> third;
+    PtrArray<unsigned char> second(first), third;
     third = second;
     EXPECT_EQ(first.shareCount(), 3);
     EXPECT_EQ(third.get(), data);

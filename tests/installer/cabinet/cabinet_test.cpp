@@ -131,10 +131,9 @@ TEST(Cabinet, SolidRoundTrip)
     // The digest comes from the record; by index the first of the duplicates is there too.
     int size = 0;
     TeskUtils::PtrArray<unsigned char> out;
-    unsigned char digest[16];
+    unsigned char digest[16], expected[16];
     ASSERT_EQ(engine.Decompress(2, size, out, &digest), 0);
     EXPECT_EQ(std::string(reinterpret_cast<char*>(out.data), size), "<first/>");
-    unsigned char expected[16];
     CalcMD5Buf("<first/>", 8, expected);
     EXPECT_EQ(std::memcmp(digest, expected, 16), 0);
 
@@ -215,8 +214,7 @@ TEST(Cabinet, TextFieldsWithoutTerminatorAreCut)
 // A plain cabinet holds a zlib stream per file, and gives out only empty files.
 TEST(Cabinet, PlainCabinetGivesOutOnlyEmptyFiles)
 {
-    std::string emptyStream = quilbtest::zlibCompress("");
-    std::string fullStream = quilbtest::zlibCompress("content");
+    const std::string emptyStream = quilbtest::zlibCompress(""), fullStream = quilbtest::zlibCompress("content");
     std::string cabinet = cabinetHeader()
         + recordHeader(kCabinetFileTag, 0, emptyStream.size(), "e", "e") + emptyStream
         + recordHeader(kCabinetFileTag, 7, fullStream.size(), "f", "f") + fullStream + endRecord();
