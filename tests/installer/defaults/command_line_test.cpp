@@ -31,7 +31,7 @@ TEST(CommandLine, VariableOptionsSetVariables)
         engine.InitCmdLineParser(&parser);
         ASSERT_EQ(quilbtest::loadWizard(engine, ui, productXml()), 0);
         for (const auto& e : row.expect)
-            EXPECT_EQ(engine.var(e.first), e.second) << e.first;
+            EXPECT_EQ(engine.value(e.first), e.second) << e.first;
         EXPECT_TRUE(!row.madeUp || (engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_LOG) &&
                                     engine.isVarExcluded(row.madeUp, Installer::EXCLUDE_FROM_CONFIG)));
         EXPECT_EQ(engine.variables.count, 10 + (row.madeUp ? 1 : 0));  // no record for the rest
@@ -62,7 +62,7 @@ TEST(CommandLine, AConfigurationFileThatCantBeUsedStopsTheInstall)
         EXPECT_NE(log.text().find("Initializing default values\r\nERROR: Parsing XML Default values (This may "
                                   "indicate wrong configuration file format)\r\n"),
                   std::string::npos);
-        EXPECT_EQ(engine.var("PORT"), "1");  // the command line still counts
+        EXPECT_EQ(engine.value("PORT"), "1");  // the command line still counts
     }
 }
 
@@ -94,7 +94,7 @@ TEST(ConfigFile, WritesWhatMayBeKeptAndReadsBack)
                 engine.isVarExcluded("PROGRESS_DETAILS", Installer::EXCLUDE_FROM_LOG));
     EXPECT_FALSE(engine.isVarExcluded("PREVIOUS_INSTALLATION", Installer::EXCLUDE_FROM_LOG) ||
                  engine.isVarExcluded("secret", Installer::EXCLUDE_FROM_CONFIG));
-    EXPECT_EQ(engine.var("STDROOT_OK"), "1");  // a validation variable starts as valid
+    EXPECT_EQ(engine.value("STDROOT_OK"), "1");  // a validation variable starts as valid
 
     // An unattended repeat with that file gets the same values; its command line wins over
     // the file, the file over the template. From debug level 2 on, the variables are
@@ -106,7 +106,7 @@ TEST(ConfigFile, WritesWhatMayBeKeptAndReadsBack)
     repeat.InitCmdLineParser(&repeatParser);
     repeat.InitDebugMode(&repeat.log, 2);
     ASSERT_EQ(quilbtest::loadWizard(repeat, ui, productXml()), 0);
-    EXPECT_EQ(repeat.var("EDITION") + "|" + repeat.var("PORT") + "|" + repeat.var("NEITHER") + "|" + repeat.var("SECRET"),
+    EXPECT_EQ(repeat.value("EDITION") + "|" + repeat.value("PORT") + "|" + repeat.value("NEITHER") + "|" + repeat.value("SECRET"),
               "cmd|9000||s3cret");
     EXPECT_TRUE(repeat.logged("Installation variables used (10):")) << repeat.log.text();
     EXPECT_TRUE(repeat.logged("  [EDITION] = \"cmd\" (a <b> & 'c')"));

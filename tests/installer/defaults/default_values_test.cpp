@@ -98,8 +98,8 @@ TEST(DefaultValues, EachKindOfElement)
         engine.InitCmdLineParser(&parser);
         EXPECT_EQ(readDefaults(engine, row.values), 0);
         for (const Expect& e : row.expect) {
-            EXPECT_EQ(engine.var(e.name), e.value) << e.name;
-            EXPECT_TRUE(!e.defaultValue || engine.defaultOf(e.name) == e.defaultValue) << e.name;
+            EXPECT_EQ(engine.value(e.name), e.value) << e.name;
+            EXPECT_TRUE(!e.defaultValue || engine.value(e.name, true) == e.defaultValue) << e.name;
         }
         EXPECT_TRUE(!row.logLine || engine.logged(row.logLine)) << engine.log.text();
         EXPECT_TRUE(engine.sequences.empty());
@@ -138,11 +138,11 @@ TEST(DefaultValues, UseOldAndRecalculation)
         if (row.previous)
             engine.SetVarExt(row.expect.name, row.previous, nullptr, VARFLAG_VERBATIM, nullptr);
         EXPECT_EQ(readDefaults(engine, row.values), 0);
-        EXPECT_EQ(engine.var(row.expect.name), row.expect.value);
-        EXPECT_TRUE(!row.expect.defaultValue || engine.defaultOf(row.expect.name) == row.expect.defaultValue);
+        EXPECT_EQ(engine.value(row.expect.name), row.expect.value);
+        EXPECT_TRUE(!row.expect.defaultValue || engine.value(row.expect.name, true) == row.expect.defaultValue);
         // A recalculated value follows a later change of what it refers to.
         engine.SetVar("R", "/usr");
-        EXPECT_EQ(engine.var(row.expect.name).compare(0, 4, "/usr") == 0, row.recalculated);
+        EXPECT_EQ(engine.value(row.expect.name).compare(0, 4, "/usr") == 0, row.recalculated);
         EXPECT_EQ(engine.logged("WARNING: File check variables should NOT be used from previous installations!"),
                   row.expect.name[0] == 'F');
     }

@@ -70,8 +70,8 @@ TEST(EngineStart, StepsOfAnInstall)
         quilbtest::putTemplateInCabinet(engine, productXml());
         EXPECT_EQ(start(engine, ui), "0: " + installSteps(row.gui, row.previous));
         EXPECT_EQ(ui.only({""}) + " on " + std::to_string(dialogAtStart), "StartUI EndUI on 0");
-        EXPECT_EQ(engine.var("STDROOT") + "|" + engine.defaultOf("STDROOT") + "|" + engine.var("EDITION"), row.stdroot + "|/opt/defaults|basic");
-        EXPECT_EQ(engine.var("INSTALLATIONS_COUNT") + " " + engine.var("SHOULD_UNINSTALL") + " " + engine.var("PREVIOUS_INSTALLATION"), row.state);
+        EXPECT_EQ(engine.value("STDROOT") + "|" + engine.value("STDROOT", true) + "|" + engine.value("EDITION"), row.stdroot + "|/opt/defaults|basic");
+        EXPECT_EQ(engine.value("INSTALLATIONS_COUNT") + " " + engine.value("SHOULD_UNINSTALL") + " " + engine.value("PREVIOUS_INSTALLATION"), row.state);
     }
 }
 

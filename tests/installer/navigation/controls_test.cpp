@@ -44,10 +44,10 @@ TEST(Controls, ButtonActionWordsRunInOrder)
         engine.SetVar("X", "0");
         ui.confirmCancel = row.confirm;
         engine.PerformButtonAction(&ui, row.action);
-        EXPECT_EQ(engine.var("X"), row.x);
+        EXPECT_EQ(engine.value("X"), row.x);
         EXPECT_EQ(engine.GetStateCancel(), row.cancelled);
         EXPECT_EQ(engine.sequences, row.sequences);
-        EXPECT_EQ(engine.var("TRACE"), row.trace);
+        EXPECT_EQ(engine.value("TRACE"), row.trace);
         EXPECT_EQ(engine.logged("WARNING: Empty action tag in a button!"), std::string(row.action) == "Run:");
     }
 }
@@ -60,8 +60,7 @@ TEST(Controls, TriggersDoTheirWork)
         {"VarChange expands", trigger(TRIGGER_VAR_CHANGE, "T", "[ROOT]/bin"), "T", "/opt/bin", "", nullptr},
         {"a false condition skips", trigger(TRIGGER_VAR_CHANGE, "T", "x", "0"), "T", "t", "", nullptr},
         {"VarReset recomputes", trigger(TRIGGER_VAR_RESET, "LIB", ""), "LIB", "/opt/lib", "", nullptr},
-        {"VarReset of nothing", trigger(TRIGGER_VAR_RESET, "NOPE", ""), nullptr, "", "",
-         "WARNING: Trying to reset non-existent variable: NOPE"},
+        {"VarReset of nothing", trigger(TRIGGER_VAR_RESET, "NOPE", ""), nullptr, "", "", "WARNING: Trying to reset non-existent variable: NOPE"},
         {"FileCheck finds", trigger(TRIGGER_FILE_CHECK, "F", dir.file("present")), "F", dir.file("present"), "", nullptr},
         {"FileCheck misses", trigger(TRIGGER_FILE_CHECK, "F", dir.file("gone")), "F", "none", "", nullptr},
         {"UI hide", trigger(TRIGGER_UI, "", "hide"), nullptr, "", "ManageWindow(2)", nullptr},
@@ -69,8 +68,7 @@ TEST(Controls, TriggersDoTheirWork)
         {"UI unknown", trigger(TRIGGER_UI, "", "wobble"), nullptr, "", "", "WARNING: Unrecognized UI Action: wobble"},
         {"DebugExpression", trigger(TRIGGER_DEBUG_EXPRESSION, "", "at [ROOT]"), nullptr, "", "",
          "DEBUG: Dlg (0, -1) trigger expanded value: at /opt"},
-        {"empty DebugExpression", trigger(TRIGGER_DEBUG_EXPRESSION, "", ""), nullptr, "", "",
-         "WARNING: Empty debug trigger in dialog (0, -1)"},
+        {"empty DebugExpression", trigger(TRIGGER_DEBUG_EXPRESSION, "", ""), nullptr, "", "", "WARNING: Empty debug trigger in dialog (0, -1)"},
         {"unknown type", trigger(9, "T", "x"), "T", "t", "", "WARNING: Unrecognized trigger type (9)"},
     };
     for (const auto& row : rows) {
@@ -85,7 +83,7 @@ TEST(Controls, TriggersDoTheirWork)
         TeskUtils::Table<TRIGGER_INFO, 16> list;
         list.append(row.trigger);
         engine.evaluateTriggerList(&ui, TRIGGER_ON_SET, list);
-        EXPECT_EQ(row.variable ? engine.var(row.variable) : "", row.value);
+        EXPECT_EQ(row.variable ? engine.value(row.variable) : "", row.value);
         EXPECT_EQ(ui.only({"ManageWindow", "UpdateSubDlg"}), row.calls);
         EXPECT_TRUE(!row.logLine || engine.logged(row.logLine)) << engine.log.text();
     }

@@ -30,8 +30,7 @@ TEST(Navigation, WalksForwardAndBack)
         {"back within a frame passes over a false sub-dialog", {}, {1, 1, 1, -1}, kToCopy + " SetSubDlg(3,0)", 3, 0, 0, 0, nullptr},
         {"back out of a frame", {}, {1, 1, -1}, "SetDlg(2) SetDlg(3) SetSubDlg(3,0) SetDlg(2)", 2, -1, 0, 0, nullptr},
         {"back by two", {{"SHOW_EXTRA", "1"}}, {1, 1, -2}, "SetDlg(1) SetDlg(2) SetDlg(0)", 0, -1, 0, 0, nullptr},
-        {"back from the first dialog", {}, {-1}, "", 0, -1, 1, 1,
-         "ERROR: Bad dialog back shifting. Current dialog: 0, current subdialog: -1"},
+        {"back from the first dialog", {}, {-1}, "", 0, -1, 1, 1, "ERROR: Bad dialog back shifting. Current dialog: 0, current subdialog: -1"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -71,7 +70,7 @@ TEST(Navigation, EnteringTellsTheFrontEndInOrder)
     engine.SetVar("CUSTOMIZE", "1");
     ui.calls.clear();
     engine.EvNext(&ui, 2);
-    EXPECT_EQ(engine.var("TRACE"), "|W-|W+|W-|L+|L-|F+|F-|P+|P-|O+|O-|C+");
+    EXPECT_EQ(engine.value("TRACE"), "|W-|W+|W-|L+|L-|F+|F-|P+|P-|O+|O-|C+");
     engine.SetVar("CUSTOMIZE", "0");
     engine.stateError = 1;
     engine.EvBack(&ui, 1);
@@ -122,11 +121,11 @@ TEST(Navigation, ConditionObjectsHoldTheWizard)
     EXPECT_EQ(engine.GetDialogConditionEval(&ui), 2);
     engine.dialogs[0].setConditionObject(new quilbtest::ScriptedCondition({false, true}), nullptr);
     EXPECT_EQ(engine.GetDialogConditionEval(&ui), 0);
-    EXPECT_EQ(engine.var("DLG_CONDITION"), "0");
+    EXPECT_EQ(engine.value("DLG_CONDITION"), "0");
     EXPECT_EQ(engine.GetDialogConditionEval(&ui), 1);
-    EXPECT_EQ(engine.var("DLG_CONDITION"), "1");
+    EXPECT_EQ(engine.value("DLG_CONDITION"), "1");
     engine.EvSetDlg(0, &ui);
-    EXPECT_EQ(engine.var("DLG_CONDITION"), "0");
+    EXPECT_EQ(engine.value("DLG_CONDITION"), "0");
 
     // On a frame before its first sub-dialog there is no sub-dialog to ask: no record for
     // the poll, and leaving asks only the frame's own object.

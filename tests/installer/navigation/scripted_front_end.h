@@ -5,7 +5,7 @@
 // ScriptedUI records the engine's calls as "Name(arg,arg)" and answers from its fields.
 // TestEngine answers the questions that reach the machine (running and installed
 // applications, action sequences, earlier installations, the configuration file name)
-// from what a test sets up, and logs to a memory console without decorations.
+// from what a test sets up; its log and shell probes are those of ProbeInstaller.
 #include <algorithm>
 #include <cstring>
 #include <functional>
@@ -17,6 +17,7 @@
 #include "foundation/strings/bounded_copy.h"
 #include "installer/installer.h"
 #include "installer/model/dialog_conditions.h"
+#include "installer/variables/variables_helpers.h"
 #include "support/paths.h"
 
 namespace quilbtest {
@@ -70,9 +71,8 @@ private:
     }
 };
 
-class TestEngine : public Installer {
+class TestEngine : public ProbeInstaller {
 public:
-    PMemoryConsole log;
     std::vector<std::string> sequences;  // what RunFiles was asked to run
     std::string configFile;
     std::map<std::string, bool> running, installed;
@@ -82,11 +82,6 @@ public:
     // Action logs of other applications: application -> variable -> value.
     std::map<std::string, std::map<std::string, std::string>> appLogs;
 
-    TestEngine()
-    {
-        log.flags = 0;
-        debugConsole = &log;
-    }
     int RunFiles(InstallerUI*, const char* tag) override { return sequences.push_back(tag), 0; }
     int getConfigFileName(char* buffer, int size) override
     {
@@ -113,13 +108,6 @@ public:
     }
 
     bool logged(const std::string& line) const { return log.text().find(line + "\r\n") != std::string::npos; }
-    std::string var(const char* name, bool byDefault = false)
-    {
-        char value[1024];
-        int found = byDefault ? GetVarDefaultValue(name, value, sizeof(value)) : GetVar(name, value, sizeof(value));
-        return found == -1 ? "<unknown>" : value;
-    }
-    std::string defaultOf(const char* name) { return var(name, true); }
 };
 
 // The text of the test file `name` below the installer's test data.

@@ -29,8 +29,7 @@ TEST(ExpandString, TemplateTexts)
         {"[X]/[DIR]", true, "hello//opt//app", 16, ""}, {"[BRACKETS]", false, "[X]", 4, ""},
         {"[X:1:3]-[DIR:#app]", false, "ell-", 5, ""}, {"[GUI_INSTALL]==1", false, "0==1", 5, ""},
         {"[$QUILB_EXPAND_ENV]/x", false, "/home/q/x", 10, ""}, {"[$QUILB_EXPAND_LONG]", false, std::string(519, 'e'), 520, ""},
-        {"[$QUILB_EXPAND_UNSET]", false, "[$QUILB_EXPAND_UNSET]", 22,
-         "WARNING: Environment variable \"QUILB_EXPAND_UNSET\" is not defined!\r\n"},
+        {"[$QUILB_EXPAND_UNSET]", false, "[$QUILB_EXPAND_UNSET]", 22, "WARNING: Environment variable \"QUILB_EXPAND_UNSET\" is not defined!\r\n"},
         // Reported as too long and as unknown; a log line stops at 1022 characters.
         {"[" + longName + "]", false, "[" + longName.substr(0, 1023) + "]", 1026,
          "WARNING: Variable [" + std::string(1003, 'L') + "\r\nWARNING: Variable [LLL"},

@@ -20,14 +20,12 @@ TEST(VariableStore, LookupWithModifiers)
         {"FILE:15", 1024, 1, "", nullptr}, {"FILE:1:0", 1024, 1, "", nullptr}, {"FILE:10:99", 1024, 1, "d.txt", nullptr},
         {"FILE:-3:2", 1024, 1, "he", nullptr},  // a negative start counts as 0
         {"FILE:a:3", 1024, 1, "hel", "WARNING: Invalid modifier used for substring of a variable: [FILE:a:3]\r\n"},
-        {"FILE:6:5x", 1024, 1, "world.txt",
-         "WARNING: Invalid modifier used for length of a substring of variable: [FILE:6:5x]\r\n"},
+        {"FILE:6:5x", 1024, 1, "world.txt", "WARNING: Invalid modifier used for length of a substring of variable: [FILE:6:5x]\r\n"},
         {"FILE:2", 4, 1, "l", nullptr},  // modifiers work on what fitted the buffer
         {":FILE", 1024, -1, nullptr, nullptr}, {"operating_system:1:3", 1024, -2, "inu", nullptr},
         {"$QUILB_STORE_ENV", 1024, -2, "from/env", nullptr},
         // The whole argument names the environment variable; the warning names the base.
-        {"$QUILB_STORE_ENV:1:3", 1024, -1, "",
-         "WARNING: Environment variable \"QUILB_STORE_ENV\" is not defined!\r\n"},
+        {"$QUILB_STORE_ENV:1:3", 1024, -1, "", "WARNING: Environment variable \"QUILB_STORE_ENV\" is not defined!\r\n"},
     };
     setenv("QUILB_STORE_ENV", "from/env", 1);
     for (const auto& c : cases) {

@@ -22,10 +22,12 @@ public:
         strcpy(record.name, name);
         strcpy(record.value, value);
     }
-    std::string value(const char* name)
+    // The value of a variable, or its default; "<unknown>" where there is none.
+    std::string value(const char* name, bool byDefault = false)
     {
         char buffer[1024];
-        return GetVar(name, buffer, sizeof(buffer)) == -1 ? "<unknown>" : buffer;
+        int found = byDefault ? GetVarDefaultValue(name, buffer, sizeof(buffer)) : GetVar(name, buffer, sizeof(buffer));
+        return found == -1 ? "<unknown>" : buffer;
     }
     // Record `index` as "flags|value|expression|default".
     std::string record(int index) const
