@@ -15,13 +15,11 @@ namespace {
 struct FakeMachine : Installer {
     bool isAppRunning(const char* name, const char* directory) override
     {
-        asked += std::string(name) + "@" + directory + " ";
-        return running.count(name) > 0;
+        return asked += std::string(name) + "@" + directory + " ", running.count(name) > 0;
     }
     bool IsInstalled(const char* name, unsigned int flags) override
     {
-        asked += std::string(name) + "#" + std::to_string(flags) + " ";
-        return installed.count(name) > 0;
+        return asked += std::string(name) + "#" + std::to_string(flags) + " ", installed.count(name) > 0;
     }
     std::set<std::string> running, installed;
     std::string asked;

@@ -10,12 +10,11 @@ using quilbtest::TestEngine;
 
 namespace {
 
-TRIGGER_INFO trigger(int type, const char* variable, const std::string& value, const char* condition = "",
-                     int evaluation = TRIGGER_ON_SET)
+TRIGGER_INFO trigger(int type, const char* variable, const std::string& value, const char* condition = "")
 {
     TRIGGER_INFO t;
     t.type = type;
-    t.evaluation = evaluation;
+    t.evaluation = TRIGGER_ON_SET;
     TeskUtils::copyBounded(t.variable, variable, sizeof(t.variable));
     TeskUtils::copyBounded(t.value, value.c_str(), sizeof(t.value));
     TeskUtils::copyBounded(t.condition, condition, sizeof(t.condition));
@@ -28,13 +27,10 @@ TEST(Controls, ButtonActionWordsRunInOrder)
 {
     // confirm: the answer to a cancel
     const struct { const char* action; bool confirm; const char* x; int cancelled; std::vector<std::string> sequences; const char* trace; } rows[] = {
-        {"Cancel;[X]='1'", true, "0", 1, {}, ""},
-        {"[X]='1';Cancel", true, "1", 1, {}, ""},
-        {"cancel", false, "0", 0, {}, ""},
-        {"Run:Docs", false, "0", 0, {"Docs"}, ""},
+        {"Cancel;[X]='1'", true, "0", 1, {}, ""}, {"[X]='1';Cancel", true, "1", 1, {}, ""},
+        {"cancel", false, "0", 0, {}, ""}, {"Run:Docs", false, "0", 0, {"Docs"}, ""},
         {"Run:Docs;[X]='3'", false, "3", 0, {"Docs;[X]='3'"}, ""},  // the rest of the action is the name
-        {"Run:", false, "0", 0, {}, ""},
-        {"EvalTriggers", false, "0", 0, {}, "|W!"},
+        {"Run:", false, "0", 0, {}, ""}, {"EvalTriggers", false, "0", 0, {}, "|W!"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.action);

@@ -83,10 +83,7 @@ public:
     std::map<std::string, std::map<std::string, std::string>> appLogs;
 
     int RunFiles(InstallerUI*, const char* tag) override { return sequences.push_back(tag), 0; }
-    int getConfigFileName(char* buffer, int size) override
-    {
-        return TeskUtils::copyBounded(buffer, configFile.c_str(), static_cast<size_t>(size)), 0;
-    }
+    int getConfigFileName(char* out, int size) override { return TeskUtils::copyBounded(out, configFile.c_str(), size_t(size)), 0; }
     bool isAppRunning(const char* name, const char*) override { return running[name]; }
     bool IsInstalled(const char* name, unsigned int) override { return installed[name]; }
     int CheckPreviousInstallation(InstallerUI*, int) override { return previousInstallState = previousInstall; }
@@ -98,13 +95,11 @@ public:
     }
     bool getAppLogFileName(const char* name, char* out, int size) override
     {
-        return appLogs.count(name) && (TeskUtils::copyBounded(out, name, static_cast<size_t>(size)), true);
+        return appLogs.count(name) && (TeskUtils::copyBounded(out, name, size_t(size)), true);
     }
     bool getLogFileVar(const char* logPath, const char* name, char* out, int outSize) override
     {
-        if (!appLogs[logPath].count(name))
-            return false;
-        return TeskUtils::copyBounded(out, appLogs[logPath][name].c_str(), static_cast<size_t>(outSize)), true;
+        return appLogs[logPath].count(name) && (TeskUtils::copyBounded(out, appLogs[logPath][name].c_str(), size_t(outSize)), true);
     }
 
     bool logged(const std::string& line) const { return log.text().find(line + "\r\n") != std::string::npos; }
