@@ -31,8 +31,7 @@ struct ListRecorder : InstallerUI {
     void ClearList() override { calls += "clear "; }
     int EndDecompress(const char* text, bool close) override
     {
-        calls += text ? std::string(close ? "!" : "+") + text + " " : close ? "close " : "null ";
-        return 7;
+        return calls += text ? std::string(close ? "!" : "+") + text + " " : close ? "close " : "null ", 7;
     }
     std::string calls;
 };

@@ -40,9 +40,8 @@ TEST(Navigation, WalksForwardAndBack)
         for (int shift : row.shifts)
             engine.PerformButtonDlgShift(&ui, shift);
         EXPECT_EQ(ui.only({"SetDlg(", "SetSubDlg("}), row.path);
-        EXPECT_EQ(std::make_pair(engine.GetCurDlg(), engine.GetCurSubDlg()), std::make_pair(row.dlg, row.sub));
-        EXPECT_EQ(engine.GetStateFinish(), row.finish);
-        EXPECT_EQ(engine.GetStateError(), row.error);
+        EXPECT_EQ(std::make_tuple(engine.GetCurDlg(), engine.GetCurSubDlg(), engine.GetStateFinish(), engine.GetStateError()),
+                  std::make_tuple(row.dlg, row.sub, row.finish, row.error));
         EXPECT_TRUE(!row.logLine || engine.logged(row.logLine)) << engine.log.text();
     }
 }

@@ -25,8 +25,7 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
     setenv("TMPDIR", "/var/tmp/quilb//", 1);
     const struct { const char* name; std::string expected; } cases[] = {
         {"GUI_INSTALL", "0"}, {"INSTALLER_BINARY_NAME", "product.bin"}, {"TEMP_DIR", "/var/tmp/quilb"},
-        {"INSTALLER_DIR", program.substr(0, program.rfind('/') + 1)},
-        {"installer_file_name", program.substr(program.rfind('/') + 1)},
+        {"INSTALLER_DIR", program.substr(0, program.rfind('/') + 1)}, {"installer_file_name", program.substr(program.rfind('/') + 1)},
         {"WX_PORT", "linux_console"}, {"Operating_System", "linux"}, {"OS_HTTP_PROXY", "http://plain:8080"},
         {"OS_HTTPS_PROXY", "http://secure:8443"}, {"os_https_proxy", "http://plain:8080"},  // only the upper-case 'S' picks HTTPS
     };
