@@ -50,8 +50,7 @@ TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
     condition.addEntry("viewer", nullptr);
     for (size_t round = 0; round < sizeof(polls) / sizeof(polls[0]); ++round) {
         machine.running = polls[round].running;
-        ui.calls.clear();
-        machine.asked.clear();
+        ui.calls = machine.asked = "";
         EXPECT_EQ(condition.Eval(&machine, &ui), polls[round].result) << "poll " << round;
         EXPECT_EQ(ui.calls, polls[round].calls) << "poll " << round;
         EXPECT_EQ(machine.asked, "editor@/opt/editor viewer@ ");

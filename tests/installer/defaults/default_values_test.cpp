@@ -43,8 +43,7 @@ TEST(DefaultValues, EachKindOfElement)
     setenv("QUILB_TEST_DEFAULTS_ENV", "from-env", 1);
     const char* argv[] = {"installer", "-mode=fast", "-quick", "-MODE=slow"};
     CLParser parser(4, argv);
-    struct Row { const char* name; std::string values; std::vector<Expect> expect; const char* logLine; };
-    const Row rows[] = {
+    const struct { const char* name; std::string values; std::vector<Expect> expect; const char* logLine; } rows[] = {
         {"value; the type keyword is a prefix, any case", typed("A", "VALUEs", "abc"), {{"A", "abc", "abc"}}, nullptr},
         {"value expands $ references", value("R", "/opt") + value("P", "$R/app"), {{"P", "/opt/app", "/opt/app"}}, nullptr},
         {"a later variable is still empty", value("P", "$R/app") + value("R", "/opt"), {{"P", "/app", nullptr}}, nullptr},
@@ -88,7 +87,7 @@ TEST(DefaultValues, EachKindOfElement)
         {"a trigger without its value, even of an unknown type", value("OUT", "o") + R"(<Trigger Type="Bogus" Variable="OUT"/>)", {{"OUT", "o", nullptr}},
          "ERROR: Insufficient trigger attributes in DefValues!"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         TestEngine engine;
         engine.SetVar("K", "2");

@@ -12,8 +12,7 @@ TEST(Navigation, WalksForwardAndBack)
 {
     // path: the (sub-)dialogs built, in order
     const std::string kToCopy = "SetDlg(2) SetDlg(3) SetSubDlg(3,0) SetSubDlg(3,2)";
-    struct Row { const char* name; std::map<std::string, std::string> vars; std::vector<int> shifts; std::string path; int dlg, sub, finish, error; const char* logLine; };
-    const Row rows[] = {
+    const struct { const char* name; std::map<std::string, std::string> vars; std::vector<int> shifts; std::string path; int dlg, sub, finish, error; const char* logLine; } rows[] = {
         {"a false condition passes over a dialog", {}, {1}, "SetDlg(2)", 2, -1, 0, 0, nullptr},
         {"a true one shows it", {{"SHOW_EXTRA", "1"}}, {1}, "SetDlg(1)", 1, -1, 0, 0, nullptr},
         {"a shift of two builds the dialog it passes", {{"SHOW_EXTRA", "1"}}, {2}, "SetDlg(1) SetDlg(2)", 2, -1, 0, 0, nullptr},
@@ -32,7 +31,7 @@ TEST(Navigation, WalksForwardAndBack)
         {"back by two", {{"SHOW_EXTRA", "1"}}, {1, 1, -2}, "SetDlg(1) SetDlg(2) SetDlg(0)", 0, -1, 0, 0, nullptr},
         {"back from the first dialog", {}, {-1}, "", 0, -1, 1, 1, "ERROR: Bad dialog back shifting. Current dialog: 0, current subdialog: -1"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         TestEngine engine;
         ScriptedUI ui;
@@ -62,8 +61,7 @@ TEST(Navigation, EnteringTellsTheFrontEndInOrder)
     engine.EvNext(&ui, 1);
     EXPECT_EQ(ui.only({""}), "NEndDialog(2) ClearTasks ClearSubCtrls NBeginDialog(3) SetDlg(3) ShowUIElements(3,-1,1) "
                              "NEndSubDialog(3,-1) SetTask(Prepare,Preparing,1) NBeginSubDialog(3,0) SetSubDlg(3,0) ShowUIElements(3,0,1)");
-    EXPECT_TRUE(engine.logged("Setting dialog \"Frame\" (3, -1)"));
-    EXPECT_TRUE(engine.logged("Setting dialog \"Prepare\" (3, 0)"));
+    EXPECT_TRUE(engine.logged("Setting dialog \"Frame\" (3, -1)\r\nSetting dialog \"Prepare\" (3, 0)")) << engine.log.text();
     // A shift of two runs the triggers of the sub-dialog it passes; the tasks left are
     // finished (badly after an error), and going back sets them back.
     engine.SetVar("CUSTOMIZE", "1");

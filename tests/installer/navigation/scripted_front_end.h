@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "foundation/streams/pmemory_console.h"
 #include "foundation/strings/bounded_copy.h"
 #include "installer/installer.h"
 #include "installer/model/dialog_conditions.h"

@@ -9,8 +9,7 @@
 
 #include "installer/variables/variables_helpers.h"
 
-const char* const kProxyNames[] = {"HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY",
-                                   "http_proxy", "https_proxy", "ftp_proxy", "no_proxy"};
+const char* const kProxyNames[] = {"HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY", "http_proxy", "https_proxy", "ftp_proxy", "no_proxy"};
 
 TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
 {
