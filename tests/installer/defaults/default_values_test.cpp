@@ -55,7 +55,7 @@ TEST(DefaultValues, EachKindOfElement)
          {{"E", "/opt/d", "[R]/d"}}, nullptr},
         {"expandvar of nothing", typed("E", "expandvar", ""), {{"E", "", nullptr}},
          "WARNING: Could not expand variable (and no default provided): E with expression: "},
-        {"checkfile finds", typed("F", "checkfile", here), {{"F", here, "0"}}, nullptr},
+        {"checkfile finds", typed("F", "checkfile", here), {{"F", here, "0"}}, nullptr}, {"no elements at all", "", {}, nullptr},
         {"checkfile misses", typed("F", "checkfile", "/nonexistent/q", " Default=\"not_found\""), {{"F", "not_found", "not_found"}}, nullptr},
         {"checkproc", typed("RUN", "checkproc", "editor") + typed("NOT", "checkproc", "x"), {{"RUN", "1", "0"}, {"NOT", "0", "0"}}, nullptr},
         {"install_app", typed("HAS", "install_app", "Viewer") + typed("NOT", "install_app", "x", " Default=\"no\""),
@@ -106,7 +106,6 @@ TEST(DefaultValues, EachKindOfElement)
     unsetenv("QUILB_TEST_DEFAULTS_ENV");
 
     TestEngine engine;
-    EXPECT_EQ(readDefaults(engine, ""), 0);
     PXML other;
     EXPECT_EQ(engine.GetDefaultValuesFromXML(other), -1);
     EXPECT_FALSE(engine.suspendRecalculation);
