@@ -15,10 +15,7 @@ namespace {
 
 void check(bool condition, const char* what)
 {
-    if (!condition) {
-        fprintf(stderr, "eval_condition_fuzz: %s\n", what);
-        abort();
-    }
+    fuzzCheck(condition, "eval_condition_fuzz", what);
 }
 
 } // namespace

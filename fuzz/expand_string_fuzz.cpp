@@ -16,10 +16,7 @@ namespace {
 
 void check(bool condition, const char* what)
 {
-    if (!condition) {
-        fprintf(stderr, "expand_string_fuzz: %s\n", what);
-        abort();
-    }
+    fuzzCheck(condition, "expand_string_fuzz", what);
 }
 
 void checkRecords(FuzzEngine& engine)

@@ -9,6 +9,8 @@
 // so that runs don't fill the process environment.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "foundation/streams/pconsole.h"
@@ -75,3 +77,13 @@ private:
             SetVarExt(name.c_str(), value.c_str(), nullptr, flags, nullptr);
     }
 };
+
+// Stops the run with `what` when an invariant of a target doesn't hold, so that libFuzzer
+// keeps the input.
+inline void fuzzCheck(bool condition, const char* target, const char* what)
+{
+    if (!condition) {
+        fprintf(stderr, "%s: %s\n", target, what);
+        abort();
+    }
+}
