@@ -25,6 +25,8 @@ class CLParser;
 #include "installer/wizard/dialog_records.h"
 #include "installer/wizard/install_exchange_info.h"
 #include "installer/wizard/installer_ui.h"
+#include "foundation/streams/pconsole.h"
+#include "installer/transaction/log_collector.h"
 
 class Installer : public InstallExchangeInfo {
 public:
@@ -436,6 +438,92 @@ public:
     // Runs the action sequence `tag` of the template. The body here
     // (model/pending_operations.cpp) only logs; the action sequences fill it in.
     virtual int RunFiles(InstallerUI* ui, const char* tag);
+
+    // A dialog whose name matches no stage, and the names that do: the rows of the stage
+    // table, each a member below (wizard/stage_dispatch.cpp).
+    int stageUninstall(int dlg, int sub, InstallerUI* ui, bool& shown);
+    void stageRunningApps(int dlg, int sub, InstallerUI* ui, DLGINFO& info, bool& shown);
+    void stageExternalUninstall(int dlg, int sub, InstallerUI* ui, DLGINFO& info, bool& shown);
+
+    // ---- Install run (transaction/install_run.cpp) ----------------------------------------
+    // The one transaction of an installation: removes an earlier version (once per
+    // engine), writes the files of the active file sets with a temporary action log and
+    // backup container, runs the six steps, updates the cleanup log and puts the log and
+    // the container at the template's paths. 0, or -1 when a file or a step failed.
+    int DoInstall(InstallerUI* ui);
+    // Deletes the executable at `path` so that a busy program file can be written anew;
+    // waits up to `timeoutMs` for a program of that name that could be stopped. True when
+    // the file was deleted; false without deleting when it isn't executable by its owner.
+    int RetryExecutableDelete(InstallerUI* ui, const char* path, unsigned timeoutMs);
+    // Copies through 1024-byte blocks; false when a file can't be opened or a stream
+    // reports an error at the end.
+    virtual bool copyFile(const char* from, const char* to);
+    // What the platform does to a file just written (or left because identical). Nothing
+    // here; LinuxInstaller makes executables mode 0755.
+    virtual void applyCustomFileProcessing(const char* path, const FILENAMES& record);
+    // The running install's action log: a console without decorations on the temporary
+    // log file, open during DoInstall.
+    PFileConsole actionLog;
+    // The error rows shown at the end of a failed run (install and uninstall).
+    LogCollector logCollector;
+    // Set once callUninstaller has run in this engine.
+    bool uninstallerCalled = false;
+    // Set when an install run reported its failure.
+    bool installFailed = false;
+
+    // The steps of the run after the files, in their order; each gets the action log and
+    // the front end and gives 0 or non-zero.
+    virtual int UpdateEnv(PConsole& log, InstallerUI* ui);
+    virtual int UpdateINI(PConsole& log, InstallerUI* ui);
+    virtual int ModifyFiles(PConsole& log, InstallerUI* ui);
+    virtual int UpdateShortcuts(PConsole& log, InstallerUI* ui);
+    virtual int UpdateFirewall(PConsole& log, InstallerUI* ui);
+    // Adds this installation's leftovers to the system-wide cleanup log. 0.
+    virtual int updateCleanupLog();
+    // Records `path` for the cleanup log (files whose Log names the cleanup).
+    virtual void addCleanupFile(const char* path);
+
+    // Once per engine: the sequence "PostInstall", the variable block of the action log
+    // rewritten, and for a console install the configuration file for unattended
+    // repeats. Always 0.
+    int postInstall(InstallerUI* ui);
+    bool postInstallDone = false;
+
+    // ---- Action log (transaction/log_variables.cpp) ---------------------------------------
+    // Writes the variable block: "NUMVARS", TAB, count, then "VAR", TAB, name, TAB, value
+    // for every named variable not excluded from the log. Always 0.
+    int WriteVars(PConsole& log);
+    // Puts every variable of the log at `stream` into the store. 1 when a line was
+    // malformed, else 0; throws InstallerError when there is no block to read.
+    int initValuesFromLogFile(FILE* stream);
+    // Rewrites the variable block of the final action log with the present values;
+    // throws InstallerError.
+    void UpdateVars();
+
+    // ---- Later stages (model/pending_operations.cpp until their work lands) ---------------
+    // Removes older versions and legacy products; OR of the uninstalls' results.
+    virtual int callUninstaller(InstallerUI* ui);
+    // Undoes the installation of the open action log; 0 or -1.
+    virtual int UnInstall(InstallerUI* ui, const char* backupFile);
+    // Fixes the backup's name and runs "PreUninstall" once. Always 0.
+    virtual int prepareUninstall(InstallerUI* ui, const char* backupFile);
+    // Undo a failed install run; undo an uninstall of the previous version.
+    virtual int RevertInstall(InstallerUI* ui);
+    virtual int RevertUninstall(InstallerUI* ui);
+    // Enters / removes the product in the list of installed applications.
+    virtual bool RegisterApplication();
+    virtual bool unregisterApplication(const char* name);
+    // The cleanup log shown, and carried out.
+    virtual void showCleanupDetails(InstallerUI* ui);
+    virtual int CleanupInstall(InstallerUI* ui);
+    // Stops the processes of the program `name`; `directory` may narrow the search.
+    virtual bool terminateApp(const char* name, bool force, const char* directory);
+    // Adds the installed products whose names contain `name` to `hits`; their number.
+    virtual int InstalledList(TeskUtils::Table<TeskUtils::CharString, 16>* hits, const char* name,
+                              const char* publisher, unsigned int flags);
+    // Runs the uninstaller of the installed product `name`.
+    virtual bool UnInstallApplication(const char* name, unsigned int flags, InstallerUI* ui,
+                                      const char* arguments);
 
     // ---- Platform operations, overridden by LinuxInstaller --------------------------------
     // Whether a process whose program is called `name` runs; the second argument is a
