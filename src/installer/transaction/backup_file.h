@@ -61,7 +61,9 @@ public:
     // a missing or unchanged one is written back, a record of size 0 makes an empty file
     // where none is. Lines go to `log`, progress and "Restore "/"Left " texts to `ui`
     // when not null. 0 at the end mark, -1 when not in read mode or on any damage of the
-    // record structure (records restored so far stay).
+    // record structure (records restored so far stay). A record whose stored content runs
+    // past the end of the container is damage found before its file is touched; after a
+    // restore that failed, the next record is still read from behind the stored content.
     int unpackAll(PConsole& log, InstallerUI* ui);
 
     // The checksum of `size` bytes at `data`, by the rule above.
