@@ -313,7 +313,9 @@ public:
     virtual bool CheckDefaultPreviousInstallation(int flag);
     // The number of foreign products found that must be removed.
     virtual int CheckExternalInstallations();
-    // Reads the variables of the open action log (uninstall). 0, or non-zero on failure.
+    // Reads the variables of the open action log (uninstall) with initValuesFromLogFile:
+    // 0; 1 when a line was malformed; -1 when the block couldn't be read, whose reason
+    // goes to the debug console.
     virtual int ReadVars();
     // The action log of the installed application `name`; false when there is none.
     virtual bool getAppLogFileName(const char* name, char* out, int size);
@@ -494,7 +496,8 @@ public:
     // for every named variable not excluded from the log. Always 0.
     int WriteVars(PConsole& log);
     // Puts every variable of the log at `stream` into the store. 1 when a line was
-    // malformed, else 0; throws InstallerError when there is no block to read.
+    // malformed, else 0; throws InstallerError for a null or unseekable stream, a missing
+    // or unparsable count line, and an end of file inside the block.
     int initValuesFromLogFile(FILE* stream);
     // Rewrites the variable block of the final action log with the present values;
     // throws InstallerError.

@@ -10,7 +10,8 @@
 //   line 3          NUMVARS <TAB> count
 //   count lines     VAR <TAB> name <TAB> value       (an empty value ends in the TAB)
 //   then            action records in the order the run performed them:
-//     DIR <TAB> count <TAB> directory/             count levels made at the path's tail
+//     DIR <TAB> count <TAB> directory/             count levels made at the path's tail,
+//                                                  written only for a count above 0
 //     FILE <TAB> CREATE|OVER <TAB> path            OVER when the file had BackupExisting
 //     ENV <TAB> journal record                     "ADDVAR name" or "NOP"
 //     INI <TAB> record                             empty on Linux
@@ -24,6 +25,10 @@
 // it; fields inside a record are separated by runs of TABs too. Unknown lines are passed
 // over by every reader.
 //
+// The variable block is read with scanf patterns: "NUMVARS\t%i" for the count and
+// "VAR\t%[^\t]\t%[^\t]" for a variable. Both fields of a variable need at least one
+// character, so a variable written with an empty value doesn't read back.
+//
 // The operations of the engine on the variable block (WriteVars, ReadVars, getLogFileVar,
 // initValuesFromLogFile, UpdateVars) are members of Installer (log_variables.cpp).
 #include <cstdio>
@@ -34,6 +39,10 @@ namespace ActionLog {
 
 // Bytes of a reader's line buffer.
 constexpr int kReadLineSize = 1564;
+// Bytes of a line buffer of the variable block's reader and rewriter.
+constexpr int kVariableLineSize = 2048;
+// Bytes of one fgets of LineArray::read.
+constexpr int kLineArrayReadSize = 1024;
 
 enum RecordKind {
     RecordUnknown = 0,
@@ -46,30 +55,58 @@ enum RecordKind {
     RecordFirewall,
 };
 
-// The record writers of the install run and its steps: one line each.
-void writeDir(PConsole& log, int count, const char* directory);     // "DIR", count, directory
-void writeFile(PConsole& log, bool over, const char* path);         // "FILE", "OVER"/"CREATE", path
-void writeRecord(PConsole& log, const char* keyword, const char* text);  // keyword, TAB, text
+// The record writers of the install run and its steps: one line each, cut at 1022
+// characters like every console line. Nothing tells whether the line was written.
+// "DIR", count, directory; nothing for a count below 1.
+void writeDir(PConsole& log, int count, const char* directory);
+// "FILE", "OVER" or "CREATE", path.
+void writeFile(PConsole& log, bool over, const char* path);
+// keyword, text (a SHORTCUT text brings its own "\n", which makes an empty line behind it).
+void writeRecord(PConsole& log, const char* keyword, const char* text);
+// "FIREWALL", "APP", path; "FIREWALL", "PORT", port, protocol, name.
+void writeFirewallApp(PConsole& log, const char* path);
+void writeFirewallPort(PConsole& log, long port, const char* protocol, const char* name);
+
+// The scanf patterns of the variable block, "NUMVARS\t%i" and "VAR\t%[^\t]\t%[^\t]".
+const char* countFormat();
+const char* variableFormat();
+// True when `line` parses as the count line of the variable block; `count` receives the
+// count (untouched otherwise).
+bool parseCount(const char* line, int& count);
+// True when `line` parses as a variable line with two non-empty fields; the name is cut
+// at nameSize-1 characters, the value at valueSize-1 (both sizes above 0). Only the first
+// kVariableLineSize-1 characters of the line are looked at. Untouched on false.
+bool parseVariable(const char* line, char* name, int nameSize, char* value, int valueSize);
+
+// Cuts every trailing character for which isspace is true.
+void stripTrailingSpace(char* line);
 
 // Reads one line of at most kReadLineSize-1 characters into `buffer` (kReadLineSize
 // bytes) and strips the trailing white space. False at end of file.
 bool readLine(FILE* stream, char* buffer);
 
 // The kind of a line, by keyword prefix, tried in the order DIR, FILE, ENV, INI,
-// SHORTCUT, FIREWALL, MODIFYFILE.
+// SHORTCUT, FIREWALL, MODIFYFILE. RecordUnknown for null.
 RecordKind recordKind(const char* line);
-// The text behind the keyword of `kind` and the run of TABs that follows it.
+// The text behind the keyword of `kind` and the run of TABs that follows it; `line`
+// itself for RecordUnknown. The line must begin with the keyword (recordKind).
 const char* recordText(const char* line, RecordKind kind);
-// A DIR record: the count (parsed with "%d") and the directory behind the next TABs.
-// False when the count doesn't parse.
+// The next field of a record: what follows the first TAB of `field` and the run of TABs
+// it starts; the empty text at the end of `field` when it holds no TAB.
+const char* nextField(const char* field);
+// A DIR record: `count` gets the level count parsed with "%d" from the field behind the
+// keyword (0 when it doesn't parse) and `directory` the next field (empty when missing).
+// Both are always set; the result tells whether the count parsed.
 bool splitDir(const char* line, int& count, const char*& directory);
-// A FILE record: `over` for "OVER", false for "CREATE"; the path behind the next TABs.
-// False for any other word.
+// A FILE record: the kind word (up to the next TAB) is compared whole, first with
+// "CREATE", then with "OVER"; `over` is true for "OVER", and `path` gets the next field.
+// False for any other word, with both left untouched.
 bool splitFile(const char* line, bool& over, const char*& path);
 
-// Positions `stream` at the first action record: behind the variable block when a line
-// parses as its count, else (no block before the end) at the start of the file, so that
-// the whole file is read as records. The first two lines are not special here.
+// Positions `stream` at the first action record: from the start, lines (kReadLineSize)
+// are read until one parses as the count line, and then the count lines behind it. When
+// the end of the file comes first, in either search, the stream goes back to its start,
+// so that the whole file is read as records. The first two lines are not special here.
 void seekRecords(FILE* stream);
 
 } // namespace ActionLog
@@ -82,10 +119,11 @@ public:
     LineArray(const LineArray&) = delete;
     LineArray& operator=(const LineArray&) = delete;
 
-    // Frees what is held, then reads `count` lines with fgets into 1024 bytes, one
-    // trailing "\n" removed (a longer line arrives as several entries). False for a
-    // negative count, at end of file before `count` lines, or when memory runs out; the
-    // lines read so far stay valid.
+    // Frees what is held and stores `count`, then reads `count` lines with fgets into
+    // 1024 bytes, one trailing "\n" removed (a trailing "\r" stays; a longer line arrives
+    // as several entries). False for a negative count, at end of file before `count`
+    // lines, or when memory runs out. On false the lines read so far stay valid, the
+    // entries behind them are null, and `count` stays what was asked for.
     bool read(FILE* f, int count);
     // Deletes every line and the table; count becomes 0.
     void free();
