@@ -18,6 +18,7 @@
 
 class PConsole;
 class CLParser;
+class BackupFile;
 
 #include "foundation/xml/pxml.h"
 #include "installer/model/colour_theme.h"
@@ -441,9 +442,9 @@ public:
     // (model/pending_operations.cpp) only logs; the action sequences fill it in.
     virtual int RunFiles(InstallerUI* ui, const char* tag);
 
-    // A dialog whose name matches no stage, and the names that do: the rows of the stage
-    // table, each a member below (wizard/stage_dispatch.cpp).
-    int stageUninstall(int dlg, int sub, InstallerUI* ui, bool& shown);
+    // The longer rows of the stage table. stageUninstall gives the state error;
+    // the others show the dialog as their rows say and set `shown`.
+    int stageUninstall(InstallerUI* ui);
     void stageRunningApps(int dlg, int sub, InstallerUI* ui, DLGINFO& info, bool& shown);
     void stageExternalUninstall(int dlg, int sub, InstallerUI* ui, DLGINFO& info, bool& shown);
 
@@ -457,6 +458,15 @@ public:
     // waits up to `timeoutMs` for a program of that name that could be stopped. True when
     // the file was deleted; false without deleting when it isn't executable by its owner.
     int RetryExecutableDelete(InstallerUI* ui, const char* path, unsigned timeoutMs);
+    // One record of the file loop (index of count): written, logged, backed up. True when
+    // it failed in a way that fails the run.
+    bool installFile(InstallerUI* ui, const FILENAMES& record, int index, int count, BackupFile& backup);
+    // The failure report of a run: debug lines, the InstallError variable, the collected
+    // rows shown on `ui`.
+    void reportInstallFailure(InstallerUI* ui, int stepErrors);
+    // Moves the temporary log and copies the temporary container to the template's
+    // paths, then removes both temporary files. Failures are not examined.
+    void placeInstallFiles(const char* tempLog, const char* tempBackup);
     // Copies through 1024-byte blocks; false when a file can't be opened or a stream
     // reports an error at the end.
     virtual bool copyFile(const char* from, const char* to);

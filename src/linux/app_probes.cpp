@@ -41,7 +41,7 @@ bool LinuxInstaller::IsInstalled(const char* name, unsigned int flags)
         TeskUtils::copyBounded(application, name, sizeof(application));
     else if (GetAppName(application, sizeof(application)) != 0)
         application[0] = '\0';
-    // Placeholder: the list of installed applications ("/var/log/quilb_installs") is not
+    // PLACEHOLDER: the list of installed applications ("/var/log/quilb_installs") is not
     // read here yet; until its lookup joins the Linux layer no product counts as installed.
     return false;
 }

@@ -34,6 +34,13 @@ public:
     int getConfigFileName(char* buffer, int size) override;
     void setConfigFileName(const char* name) override;
 
+    // A fresh empty file "tesktemp_XXXXXX" in the temporary folder, its name copied into
+    // `buffer` (at most size-1 characters); the caller removes it. 0, or -1 when mkstemp
+    // failed (the buffer is untouched then).
+    int GetTempFile(char* buffer, int size) override;
+    // Makes a file written for an FN with Executable mode 0755.
+    void applyCustomFileProcessing(const char* path, const FILENAMES& record) override;
+
     // Set for the second object of an integrated uninstall, otherwise null.
     InstallerUI* ui = nullptr;
     bool automated;

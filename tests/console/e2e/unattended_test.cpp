@@ -46,7 +46,12 @@ TEST(UnattendedTest, ConsoleProgramWithConfigurationFile)
          {"-bin=" + notesPackage(), "-configFile=" + sourceDir() + "/examples/quilb-notes/config.xml", "-quiet=0"}, 0,
          "Ready to install Quilb Notes to /opt/quilb-notes for Demo User.\n"
          "The full edition with note templates will be installed.\nInstalling Quilb Notes...\n"
-         "Quilb Notes is installed in /opt/quilb-notes. Run /opt/quilb-notes/bin/quilb-notes to start.\n" +
+         "Create /opt/quilb-notes/doc/CHANGES.txt\nCreate /opt/quilb-notes/doc/README.txt\n"
+         "Create /opt/quilb-notes/share/notes.conf\nCreate /opt/quilb-notes/bin/quilb-notes\n"
+         "Create /opt/quilb-notes/uninstall/install.xml\nCreate /opt/quilb-notes/share/templates.txt\n" +
+             kClearedLine +
+             "The installation was successful.\n"
+             "Quilb Notes is installed in /opt/quilb-notes. Run /opt/quilb-notes/bin/quilb-notes to start.\n" +
              kClearedLine + kSuccess,
          Match::End},
     });

@@ -108,13 +108,15 @@ TEST(EngineStart, UninstallTakesTheTemplateNamedByTheActionLog)
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("product.xml"), productXml()));
     const std::string first = "Reading installation file name from action log\n";
-    const std::string read = first + "Reading previous installation variables\nReading installation file\n";
+    const std::string variables = first + "Reading previous installation variables\n";
+    const std::string read = variables + "Reading installation file\n";
     const struct { const char* name; std::string log; int result; std::string lines; } rows[] = {
-        {"the first line names the template", dir.file("product.xml") + " \t\r\nbackup.bin\r\n", 0,
+        {"the first line names the template", dir.file("product.xml") + " \t\r\nbackup.bin\r\nNUMVARS\t1\r\nVAR\tFROM_LOG\tyes\r\n", 0,
          read + installSteps().substr(installSteps().find('\n') + 1)},
         {"an empty log", "", -1, first + "ERROR: Could not obtain installation file from action log. Exiting!\n"},
-        {"a template that isn't there", dir.file("missing.xml") + "\n", -1,
-         read + "ERROR: Failed reading installation file\nERROR: Cannot continue due to error(s). Exiting!\n"},
+        {"a template that isn't there, in a log without variables", dir.file("missing.xml") + "\n", -1,
+         variables + "ERROR: Failed to read variables from log\nReading installation file\n"
+                     "ERROR: Failed reading installation file\nERROR: Cannot continue due to error(s). Exiting!\n"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -126,6 +128,9 @@ TEST(EngineStart, UninstallTakesTheTemplateNamedByTheActionLog)
         EXPECT_EQ(start(engine, ui), std::to_string(row.result) + ": " + row.lines);
         EXPECT_EQ(ui.only({"MessageBox"}), "");
         EXPECT_TRUE(row.result != 0 || strcmp(engine.GetDialogInfo(0, -1)->name, "PreUninstall") == 0);
+        char fromLog[8] = {};
+        engine.GetVar("FROM_LOG", fromLog, sizeof fromLog);
+        EXPECT_STREQ(fromLog, row.result == 0 ? "yes" : "") << "the installation's variables are read back";
         // The end of the run closes the log and deletes the engine's temporary files.
         ASSERT_TRUE(quilbtest::writeFile(dir.file("tesktemp"), "x"));
         engine.temporaryFiles.append(TeskUtils::CharString(dir.file("tesktemp").c_str()));
