@@ -30,8 +30,15 @@ status=0
   echo "== Installed in the sandbox under /opt/quilb-notes:"
   if [ -d /opt/quilb-notes ]; then
     find /opt/quilb-notes -type f | sort | while read -r f; do ls -l "$f"; done
+    echo
+    echo "== /opt/quilb-notes/share/notes.conf, with the answers filled in:"
+    cat /opt/quilb-notes/share/notes.conf
+    echo
+    echo "== The action log, which a later uninstall reads (TABs shown as ^I):"
+    sed -e "s/\r\$//" /opt/quilb-notes/uninstall/quilb-notes.log | cat -T
   else
-    echo "(no files: this build walks the wizard but its CopyProgress stage copies nothing yet)"
+    echo "(nothing was installed)"
+    status=1
   fi
   exit $status' || status=$?
 exit $status
