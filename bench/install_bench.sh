@@ -382,6 +382,7 @@ print $t <<'XML';
     </DefValues>
 
     <FileSet Name="Payload" Desc="The generated payload">
+      <FN Dest="[INSTALLDIR]/uninstall">../product/install.xml</FN>
 XML
 for my $file (@files) {
     print $t "      <FN Dest=\"[INSTALLDIR]/$file->{dir}\">$file->{path}</FN>\n";
@@ -411,12 +412,12 @@ duplicates=$(sed -n 's:.*<FN [^>]*>\(.*\)</FN>.*:\1:p' "$work/product/install.xm
 [ "$duplicates" -eq 0 ] || die "$duplicates aliases collide in the generated template"
 
 # ---- Archives (built once, not part of the timed runs) --------------------------------------
-timed_ms() { local s; s=$(date +%s%N); "$@"; echo $(( ($(date +%s%N) - s) / 1000000 )); }
+timed_ms() { local s; s=$(date +%s%N); "$@" >/dev/null || return 1; echo $(( ($(date +%s%N) - s) / 1000000 )); }
 
 pack_ms=$(timed_ms "$build/bin/quilb_pack" package -t "$work/product/install.xml" -b "$work/payload" \
-    -o "$work/payload.ibin" 2>"$work/pack.err" | tail -n 1) || { cat "$work/pack.err" >&2; die "quilb_pack package failed"; }
+    -o "$work/payload.ibin" 2>"$work/pack.err") || { cat "$work/pack.err" >&2; die "quilb_pack package failed"; }
 installer_ms=$(timed_ms "$build/bin/quilb_pack" installer -p "$work/payload.ibin" -o "$work/setup" \
-    2>"$work/pack.err" | tail -n 1) || { cat "$work/pack.err" >&2; die "quilb_pack installer failed"; }
+    2>"$work/pack.err") || { cat "$work/pack.err" >&2; die "quilb_pack installer failed"; }
 makeself_ms=$(timed_ms makeself --gzip --complevel 9 --nox11 --quiet "$work/payload" "$work/payload.run" \
     "Quilb bench payload" true 2>"$work/makeself.err" | tail -n 1) || { cat "$work/makeself.err" >&2; die "makeself failed"; }
 tar_ms=$(timed_ms tar czf "$work/payload.tar.gz" -C "$work" payload | tail -n 1) || die "tar czf failed"
