@@ -9,10 +9,9 @@ namespace {
 void reportDirDelete(InstallerUI* ui, LogCollector* collector, const char* message, int failed)
 {
     ui->StartDecompress();
-    // A failed removal also belongs among the errors shown at the end of a run; the error
-    // collector of the install run takes `collector` and `failed` here.
-    (void)collector;
-    (void)failed;
+    // A failed removal also belongs among the errors shown at the end of a run.
+    if (collector && failed)
+        collector->AddEntry(message);
     ui->EndDecompress(message, false);
 }
 
