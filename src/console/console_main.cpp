@@ -7,6 +7,7 @@
 #include "foundation/misc/cl_parser.h"
 #include "foundation/misc/installer_file_utils.h"
 #include "foundation/streams/pconsole.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/tesk_utils.h"
 #include "linux/linux_installer.h"
 #include "package/integrity_trailer.h"
@@ -195,7 +196,7 @@ int InitializeDebugConsole(PFileConsole& console, int level)
     if (level < 1)
         return level;
 
-    char folder[520];
+    char folder[TeskUtils::kPathSize];
     if (InstallerFileUtils::getTempFolder(folder, sizeof folder) != 0) {
         puts("ERROR: Failed to obtain temp directory for Installer debug log");
         return level;
@@ -215,7 +216,7 @@ int InitializeDebugConsole(PFileConsole& console, int level)
         }
     }
     TeskUtils::appendBounded(name, ".log", sizeof name);
-    char path[520];
+    char path[TeskUtils::kPathSize];
     TeskUtils::copyBounded(path, folder, sizeof path);
     TeskUtils::appendToFolder(path, name, sizeof path);
     if (console.Create(path, 0) == 0)

@@ -1,14 +1,16 @@
 #pragma once
 // The start of the console front end: its command line, the choice of the package, the
 // debug log, and the main flow that hands over to the engine.
+#include "foundation/strings/path_size.h"
+
 class PFileConsole;
 
 // What the command line said. Texts are cut at 519 characters.
 struct ConsoleOptions {
-    char bin[520] = "";           // -bin=
-    char uninstallApp[520] = "";  // -uninstallApp=, -uninstallapp=
-    char log[520] = "";           // -log=
-    char configFile[520] = "";    // -configFile=, -fromFile=
+    char bin[TeskUtils::kPathSize] = "";           // -bin=
+    char uninstallApp[TeskUtils::kPathSize] = "";  // -uninstallApp=, -uninstallapp=
+    char log[TeskUtils::kPathSize] = "";           // -log=
+    char configFile[TeskUtils::kPathSize] = "";    // -configFile=, -fromFile=
     bool uninstall = false;       // started as an uninstaller, or with -uninstallApp= / -log=
     bool autoRun = false;         // -auto
     int gui = 0;                  // -gui, -gui=n

@@ -2,6 +2,7 @@
 
 #include "console/input_provider.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -45,7 +46,7 @@ void GenericUI::init_input(const char* text, bool& automated)
         automated = true;
         return;
     }
-    char path[520];
+    char path[TeskUtils::kPathSize];
     TeskUtils::copyBounded(path, hint, sizeof path);
     if (isAddress(path)) {
         // The file is fetched under a fixed name; its own name means nothing here. A quote in

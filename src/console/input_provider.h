@@ -4,6 +4,8 @@
 // configuration file, or with no file at all for "-auto").
 #include <atomic>
 
+#include "foundation/strings/path_size.h"
+
 class InputProvider {
 public:
     virtual ~InputProvider() {}
@@ -76,6 +78,6 @@ public:
     const char* file() const { return path; }
 
 private:
-    char path[520];
+    char path[TeskUtils::kPathSize];
     bool uninstall;
 };

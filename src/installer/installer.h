@@ -8,6 +8,7 @@
 // under src/installer/<area>/, and the declarations below are grouped by the same areas,
 // in the same order. Add members to the section of their area.
 
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/ptr_array.h"
 #include "foundation/strings/table.h"
 #include "package/cabinet_format.h"
@@ -71,7 +72,7 @@ public:
     TeskUtils::Table<CabinetFile, 100> cabinetFiles;
     int cabinetIsSolid = 0;
     // The path given to Init (the package), cut at 519 characters.
-    char installerPath[520] = {};
+    char installerPath[TeskUtils::kPathSize] = {};
     unsigned int initFlags = 2;
     // The installation log in uninstall mode; null otherwise.
     FILE* logStream = nullptr;
@@ -366,7 +367,7 @@ public:
     bool IsUninstall() override;
 
     // The installer's directory, where the configuration file goes; empty until set.
-    char installerDirectory[520] = {};
+    char installerDirectory[TeskUtils::kPathSize] = {};
     void SetInstallerPath(const char* path) override;
     int GetInstallerPath(char* buffer, int size) override;
 

@@ -1,6 +1,7 @@
 // The launcher's file list (alias "install.xml" of the outer package) and the writing of
 // the files it names below the unpack directory.
 
+#include "foundation/strings/path_size.h"
 #include "launcher/launcher.h"
 
 #include "foundation/streams/pbuf_stream.h"
@@ -75,7 +76,7 @@ void addFile(LinuxInstaller& installer, PXML& document, int node)
         for (int i = renames.count - 1; i >= 0; --i) {
             if (strcmp(renames[i].alias, alias) != 0)
                 continue;
-            char expanded[520] = "";
+            char expanded[TeskUtils::kPathSize] = "";
             if (installer.ExpandString(renames[i].newName, expanded, sizeof expanded, false) != 0)
                 TeskUtils::copyBounded(file.fileName, expanded, sizeof file.fileName);
             break;
@@ -151,7 +152,7 @@ int UnpackFiles(LinuxInstaller& installer)
         if (!file.unpack)
             continue;
 
-        char directory[520];
+        char directory[TeskUtils::kPathSize];
         TeskUtils::copyBounded(directory, file.destination, sizeof directory);
         TeskUtils::appendBounded(directory, "/", sizeof directory);
         TeskUtils::removeDoubleSlashes(directory);
@@ -168,7 +169,7 @@ int UnpackFiles(LinuxInstaller& installer)
             }
         }
 
-        char path[520];
+        char path[TeskUtils::kPathSize];
         TeskUtils::copyBounded(path, directory, sizeof path);
         TeskUtils::appendBounded(path, "/", sizeof path);
         TeskUtils::appendBounded(path, file.fileName, sizeof path);

@@ -1,5 +1,6 @@
 // Choice of the front end and the hand-over to it.
 
+#include "foundation/strings/path_size.h"
 #include "launcher/launcher.h"
 
 #include <cstdio>
@@ -30,7 +31,7 @@ int TestInstallers()
         if (index < 0)
             continue;
 
-        char path[520];
+        char path[TeskUtils::kPathSize];
         formFullPath(xmlFiles[index], path);
         char testRun[] = "-testRun";
         char* const args[] = {path, testRun, nullptr};
@@ -69,7 +70,7 @@ int RunWithArgs(const FileInfo& installer, const FileInfo& binary, int argc, cha
     int status = -1;
     pid_t child = fork();
     if (child == 0) {
-        char path[520];
+        char path[TeskUtils::kPathSize];
         formFullPath(installer, path);
         char binArgument[4096];
         snprintf(binArgument, sizeof binArgument, "-bin=%s/%s", binary.destination, binary.fileName);

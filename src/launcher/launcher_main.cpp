@@ -1,6 +1,7 @@
 // The launcher's main flow: its own path, the unpack directory, the command line, the
 // integrity check and loading of the package, the hand-over and the clean-up.
 
+#include "foundation/strings/path_size.h"
 #include "launcher/launcher.h"
 
 #include "linux/linux_installer.h"
@@ -21,8 +22,8 @@ extern char exportedoffset[20];
 
 namespace Launcher {
 
-char pathToExecutable[520];
-char unpackDirectory[520];
+char pathToExecutable[TeskUtils::kPathSize];
+char unpackDirectory[TeskUtils::kPathSize];
 bool quiet = false;
 bool customFiles = false;
 TeskUtils::Table<FileInfo, 100> xmlFiles;
@@ -30,7 +31,7 @@ TeskUtils::Table<FileInfo, 100> selectedFiles;
 TeskUtils::Table<RenameEntry, 100> renames;
 TeskUtils::Table<InstallerFileUtils::DirInfo, 100> createdDirs;
 
-void formFullPath(const FileInfo& file, char (&out)[520])
+void formFullPath(const FileInfo& file, char (&out)[TeskUtils::kPathSize])
 {
     TeskUtils::copyBounded(out, file.destination, sizeof out);
     TeskUtils::appendBounded(out, "/", sizeof out);
@@ -146,7 +147,7 @@ int runWithInstaller(int argc, char** argv, int offset)
 
 int FindUnpackDirectory()
 {
-    char probe[520];
+    char probe[TeskUtils::kPathSize];
     TeskUtils::copyBounded(probe, pathToExecutable, sizeof probe);
     TeskUtils::appendBounded(probe, "testfile_XXXXXX", sizeof probe);
     if (try_create_and_delete_file(probe)) {
@@ -202,7 +203,7 @@ int ParseCmdLine(int argc, char** argv)
 
 int InitInstaller(LinuxInstaller& installer, int offset)
 {
-    char path[520] = "";
+    char path[TeskUtils::kPathSize] = "";
     if (!getProcessFileName(path, sizeof path, 0))
         return -1;
 
@@ -230,7 +231,7 @@ void CleanFiles()
         const FileInfo& file = xmlFiles[i];
         if (!file.unpack)
             continue;
-        char path[520];
+        char path[TeskUtils::kPathSize];
         formFullPath(file, path);
         if (InstallerFileUtils::remove(path) != 0)
             printf("File: %s could not be deleted by the launcher. Please remove it manually.\n", path);

@@ -5,6 +5,7 @@
 
 #include "foundation/misc/installer_file_utils.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 
 LinuxInstaller::LinuxInstaller(int uiMode_, bool automated_, VarsJournal* journal_, EnvCache* cache_)
     : automated(automated_), uiMode(uiMode_), journal(journal_), cache(cache_)
@@ -15,7 +16,7 @@ LinuxInstaller::~LinuxInstaller() = default;
 
 int LinuxInstaller::GetTempFile(char* buffer, int size)
 {
-    char path[520];
+    char path[TeskUtils::kPathSize];
     InstallerFileUtils::getTempFolder(path, sizeof path);
     TeskUtils::appendBounded(path, "/tesktemp_XXXXXX", sizeof path);
     int fd = mkstemp(path);

@@ -4,6 +4,7 @@
 // applications and the environment journal.
 #include "foundation/strings/char_string.h"
 #include "foundation/strings/hash_map.h"
+#include "foundation/strings/path_size.h"
 #include "installer/installer.h"
 
 class InstallerUI;
@@ -45,7 +46,7 @@ public:
     InstallerUI* ui = nullptr;
     bool automated;
     int uiMode;
-    char configFileName[520] = {};
+    char configFileName[TeskUtils::kPathSize] = {};
     VarsJournal* journal;
     EnvCache* cache;
 };

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/streams/pmemory_console.h"
+#include "foundation/strings/path_size.h"
 #include "linux/linux_installer.h"
 #include "support/paths.h"
 
@@ -15,7 +16,7 @@ namespace {
 TEST(AppProbes, RunningProgramIsFoundByItsFileName)
 {
     // This test program itself runs; the directory plays no part.
-    char self[520] = {};
+    char self[TeskUtils::kPathSize] = {};
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof(self) - 1), 0);
     const std::string name = strrchr(self, '/') + 1;
     LinuxInstaller installer(0, false, nullptr, nullptr);

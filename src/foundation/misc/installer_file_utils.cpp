@@ -13,11 +13,11 @@
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/find_data.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/tokenize.h"
 
 namespace {
 
-const int kPathSize = 520;
 
 bool isSlash(char c)
 {
@@ -82,7 +82,7 @@ int RecursiveCreateDirFromFileName(const char* path, int& created)
 {
     if (!path)
         return -1;
-    char copy[kPathSize];
+    char copy[TeskUtils::kPathSize];
     TeskUtils::copyBounded(copy, path, sizeof copy);
     created = 0;
     size_t length = strlen(copy);
@@ -112,7 +112,7 @@ int DeleteEmptyDirectoriesChain(const char* path)
 {
     if (!path)
         return 0;
-    char current[kPathSize];
+    char current[TeskUtils::kPathSize];
     TeskUtils::copyBounded(current, path, sizeof current);
     int removed = 0;
     for (;;) {
@@ -140,7 +140,7 @@ int DeleteEmptyDirs(const char* path)
 {
     if (!path || !*path)
         return 0;
-    char copy[kPathSize];
+    char copy[TeskUtils::kPathSize];
     TeskUtils::copyBounded(copy, path, sizeof copy);
     for (char* c = copy; *c; ++c)
         if (*c == '\\')
@@ -168,7 +168,7 @@ int DirInfo::Delete(const char* path, PConsole* console, InstallerUI* ui, LogCol
         console->Dump("Dir: %s (%s)", path, result ? "failed" : "ok");
 
     if (ui && dirDeleteReport) {
-        char message[kPathSize];
+        char message[TeskUtils::kPathSize];
         TeskUtils::copyBounded(message, result ? "FAILED to remove " : "Remove ", sizeof message);
         TeskUtils::appendBounded(message, path, sizeof message);
         dirDeleteReport(ui, collector, message, result);
@@ -202,12 +202,12 @@ int recursiveDeleteWildcard(const char* dir, const char* wildcard, bool removeDi
     if (!dir || !wildcard || !TeskUtils::uniPathOrFileExists(dir))
         return -1;
     int count = 0;
-    char pattern[kPathSize];
+    char pattern[TeskUtils::kPathSize];
     TeskUtils::copyBounded(pattern, dir, sizeof pattern);
     TeskUtils::appendBounded(pattern, "/*", sizeof pattern);
     TeskUtils::FindData entries(pattern);
     for (int i = 0; i < entries.size(); ++i) {
-        char sub[kPathSize];
+        char sub[TeskUtils::kPathSize];
         TeskUtils::copyBounded(sub, entries[i], sizeof sub);
         size_t length = strlen(sub);
         // The search marks directories with a trailing slash. A link to a directory is not

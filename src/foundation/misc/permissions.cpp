@@ -4,12 +4,13 @@
 #include <unistd.h>
 
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 
 int try_create_and_delete_file(const char* pathTemplate)
 {
     if (!pathTemplate)
         return 0;
-    char path[520];
+    char path[TeskUtils::kPathSize];
     TeskUtils::copyBounded(path, pathTemplate, sizeof path);
     int fd = mkstemp(path);
     if (fd < 0)

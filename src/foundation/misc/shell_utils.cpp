@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 
 namespace ShellUtils {
 
@@ -63,7 +64,7 @@ int get_useable_www_browser(char* buffer, int size)
     int found = 0;
     for (const char* browser : browsers) {
         for (int i = 0; i < count && !found; ++i) {
-            char candidate[520];
+            char candidate[TeskUtils::kPathSize];
             TeskUtils::copyBounded(candidate, dirs[i], sizeof candidate);
             size_t length = strlen(candidate);
             if (length > 0 && candidate[length - 1] != '/')

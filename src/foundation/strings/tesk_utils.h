@@ -6,6 +6,7 @@
 #include "foundation/strings/exceptions.h"
 #include "foundation/strings/find_data.h"
 #include "foundation/strings/hash_map.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/portable.h"
 #include "foundation/strings/ptr_array.h"
 #include "foundation/strings/quick_sort.h"

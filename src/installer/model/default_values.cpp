@@ -14,13 +14,14 @@
 #include "foundation/misc/path_utils.h"
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/tokenize.h"
 #include "installer/installer.h"
+#include "installer/model/variable_record.h"
 
 namespace {
 
 const int kValueBufferSize = 1024;
-const int kPathBufferSize = 520;
 
 // True when `dataType` begins with `keyword`, case ignored: only the keyword's length is
 // compared.
@@ -76,7 +77,7 @@ int Installer::InitDefValues(InstallerUI* ui)
     int result = GetDefaultValuesFromXML(templateXml);
 
     if (!logStream && result == 0) {
-        char configName[kPathBufferSize] = {};
+        char configName[TeskUtils::kPathSize] = {};
         getConfigFileName(configName, sizeof(configName));
         if (configName[0]) {
             PXML config;
@@ -162,7 +163,7 @@ private:
     {
         if (!e.appName || isEmpty(e.text))
             return;
-        char logPath[kPathBufferSize] = {};
+        char logPath[TeskUtils::kPathSize] = {};
         char found[VARIABLE_VALUE_SIZE] = {};
         const char* value = nullptr;
         if (engine.getAppLogFileName(e.appName, logPath, sizeof(logPath)) &&
@@ -217,7 +218,7 @@ private:
             engine.SetVarExt(e.name, nullptr, e.text, flags, e.defaultValue);
             return;
         }
-        char expansion[kPathBufferSize];
+        char expansion[VARIABLE_VALUE_SIZE];
         if (engine.ExpandString(e.text, expansion, sizeof(expansion), e.defaultValue != nullptr) == 0) {
             if (!e.defaultValue) {
                 if (engine.debugConsole)
@@ -241,7 +242,7 @@ private:
 
     void readCheckProc()
     {
-        char directory[kPathBufferSize] = {};
+        char directory[TeskUtils::kPathSize] = {};
         bool haveDirectory = false;
         if (e.directory) {
             engine.ExpandString(e.directory, directory, sizeof(directory), true);
@@ -272,7 +273,7 @@ private:
 
     void readCheckFile()
     {
-        char path[kPathBufferSize];
+        char path[TeskUtils::kPathSize];
         if (!engine.expandVariables(e.text, path, sizeof(path)))
             return;
         TeskUtils::uniCorrectPathString(path);

@@ -10,6 +10,7 @@
 #include "foundation/streams/pbuf_stream.h"
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 #include "installer/installer.h"
 
 namespace {
@@ -75,7 +76,7 @@ int Installer::RunInstallerUI(InstallerUI* ui, PConsole* log)
     bool failed = false;
     if (uninstall) {
         logLine(log, "Reading installation file name from action log");
-        char path[520] = {};
+        char path[TeskUtils::kPathSize] = {};
         rewind(logStream);
         if (!fgets(path, sizeof(path), logStream) || !path[0]) {
             logLine(log, "ERROR: Could not obtain installation file from action log. Exiting!");

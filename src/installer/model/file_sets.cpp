@@ -7,6 +7,7 @@
 #include <strings.h>
 
 #include "foundation/misc/path_utils.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/tokenize.h"
 #include "installer/installer.h"
 
@@ -166,7 +167,7 @@ int Installer::GetAliasDestination(const char* alias, char* out, int size) const
     if (!dest || !text)
         return -1;
 
-    char path[520] = {};
+    char path[TeskUtils::kPathSize] = {};
     // Expansion reads the variable store only; the store's operations aren't const.
     const_cast<Installer*>(this)->ExpandString(dest, path, sizeof(path), false);
     const char* slash = strrchr(text, '/');

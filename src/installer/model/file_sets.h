@@ -2,6 +2,7 @@
 // The file tables derived from the template's InstallType, FileSet and FN elements: what
 // the install run copies and the dialogs offer. Records are copied in by value; their
 // texts are cut silently at the widths below.
+#include "foundation/strings/path_size.h"
 
 // One InstallType element.
 struct InstallTypeInfo {
@@ -27,7 +28,7 @@ enum {
 // One FN element with a text: one file of a file set.
 struct FILENAMES {
     int fileSet;            // index of the owning FileSetInfo
-    char dest[520];         // Dest, unexpanded, at most 518 characters
+    char dest[TeskUtils::kPathSize];         // Dest, unexpanded, at most 518 characters
     char alias[260];        // Alias, or the text without '/', '\' and ':'; at most 258
     char name[260];         // the text behind its last '/' or '\', at most 258
     int size;               // unpacked size in the package; 0 when the alias isn't there

@@ -19,6 +19,7 @@
 #include "foundation/misc/process_list.h"
 #include "foundation/misc/proxy_config.h"
 #include "foundation/streams/pconsole.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/tesk_utils.h"
 #include "installer/installer.h"
 
@@ -71,7 +72,7 @@ int Installer::getPredefinedVar(const char* name, char* buffer, int size)
             buffer[0] = '\0';
         break;
     case 2: {
-        char path[520];
+        char path[TeskUtils::kPathSize];
         if (getProcessFileName(path, sizeof(path), 0))
             put(buffer, size, TeskUtils::uniGetFilenameFromPath(path).c_str());
         else

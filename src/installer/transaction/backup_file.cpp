@@ -2,6 +2,7 @@
 
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/portable.h"
 #include "installer/wizard/installer_ui.h"
 
@@ -18,7 +19,6 @@ static_assert(sizeof BackupFile::kHeader == BackupFile::kHeaderSize, "the header
 
 namespace {
 
-const int kPathSize = 520;
 const int kBlockSize = 32768;
 const int kHeaderTextLength = BackupFile::kHeaderSize - 1;
 // fgets reads the first line of a file into this many bytes to look for the header.
@@ -233,12 +233,12 @@ TeskUtils::ErrorCode BackupFile::addFile(
 
     // The name is the path cut to the bound of its buffer (never more than a path buffer
     // holds), with its terminating NUL; an empty name is the NUL alone.
-    const int bound = pathSize < kPathSize ? pathSize : kPathSize;
-    char name[kPathSize] = "";
+    const int bound = pathSize < TeskUtils::kPathSize ? pathSize : TeskUtils::kPathSize;
+    char name[TeskUtils::kPathSize] = "";
     int nameLength = 1;
     if (path && bound >= 1)
         nameLength = static_cast<int>(TeskUtils::copyBounded(name, path, static_cast<size_t>(bound))) + 1;
-    assert(nameLength >= 1 && nameLength <= kPathSize && name[nameLength - 1] == '\0');
+    assert(nameLength >= 1 && nameLength <= TeskUtils::kPathSize && name[nameLength - 1] == '\0');
     int written = 0;
     if (WritePascalStr(name, static_cast<unsigned short>(nameLength), written) != 0
         || written != nameLength + 2)
@@ -291,9 +291,9 @@ int BackupFile::unpackAll(PConsole& log, InstallerUI* ui)
         // The name. A zero length leaves the reader's buffer and size untouched, and a
         // short read leaves fewer bytes than the length: both are damage, like a name
         // too long for a path buffer.
-        char name[kPathSize];
+        char name[TeskUtils::kPathSize];
         name[0] = '\0';
-        unsigned short nameLength = kPathSize;
+        unsigned short nameLength = TeskUtils::kPathSize;
         int nameRead = 0;
         if (ReadPascalStr1(name, nameLength, nameRead) != 0 || nameRead != nameLength + 2)
             return -1;
@@ -327,7 +327,7 @@ int BackupFile::unpackAll(PConsole& log, InstallerUI* ui)
             }
         }
 
-        char text[kPathSize + 16];
+        char text[TeskUtils::kPathSize + 16];
         if (size == 0) {
             if (ui)
                 ui->StartDecompress();

@@ -14,6 +14,7 @@
 #include "foundation/streams/pfile_stream.h"
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/exceptions.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/strings/tokenize.h"
 #include "installer/installer.h"
 #include "installer/transaction/action_log.h"
@@ -23,7 +24,6 @@
 
 namespace {
 
-const int kPathSize = 520;
 // Files from this size on are never compared: they always count as different.
 const long kLargestComparedFile = 0x40000000L;
 // Files below this size (as packed) are expanded when their FN asks for it.
@@ -72,7 +72,7 @@ bool copyThroughBlocks(const char* from, const char* to, bool& streamErrors)
 
 // The state of one file of the loop.
 struct FileState {
-    char path[kPathSize] = {};
+    char path[TeskUtils::kPathSize] = {};
     bool existed = false;
     bool differs = true;
     bool failed = false;
@@ -185,7 +185,7 @@ int Installer::DoInstall(InstallerUI* ui)
         }
     }
 
-    char tempLog[kPathSize] = {};
+    char tempLog[TeskUtils::kPathSize] = {};
     if (GetTempFile(tempLog, sizeof tempLog) != 0) {
         if (debugConsole)
             debugConsole->Dump("ERROR: Obtaining temp filename for install temp log!");
@@ -194,7 +194,7 @@ int Installer::DoInstall(InstallerUI* ui)
     actionLog.Create(tempLog, 0);
     actionLog.flags = 0;
 
-    char tempBackup[kPathSize] = {};
+    char tempBackup[TeskUtils::kPathSize] = {};
     if (GetTempFile(tempBackup, sizeof tempBackup) != 0) {
         if (debugConsole)
             debugConsole->Dump("ERROR: Obtaining temp filename for install temp backup!");
@@ -205,7 +205,7 @@ int Installer::DoInstall(InstallerUI* ui)
     BackupFile backup;
     backup.OpenWrite(tempBackup);
 
-    char headPath[kPathSize];
+    char headPath[TeskUtils::kPathSize];
     GetUninstallXMLFile(headPath, sizeof headPath);
     actionLog.Dump("%s", headPath);
     GetInstallBackupFile(headPath, sizeof headPath);
@@ -276,7 +276,7 @@ void Installer::reportInstallFailure(InstallerUI* ui, int stepErrors)
     for (const InstallStep& step : kSteps) {
         if (!(stepErrors & step.bit))
             continue;
-        char row[kPathSize];
+        char row[sizeof(LogCollector::Row::text)];
         snprintf(row, sizeof row, "Error during: %s", step.text);
         logCollector.AddEntry(row);
     }
@@ -285,7 +285,7 @@ void Installer::reportInstallFailure(InstallerUI* ui, int stepErrors)
 
 void Installer::placeInstallFiles(const char* tempLog, const char* tempBackup)
 {
-    char target[kPathSize];
+    char target[TeskUtils::kPathSize];
     GetInstallLogFile(target, sizeof target);
     InstallerFileUtils::remove(target);
     if (InstallerFileUtils::rename(tempLog, target) != 0)
@@ -310,7 +310,7 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
 
     bool fileErrors = false;
     const bool refresh = index % 32 == 31;
-    char directory[kPathSize] = {};
+    char directory[TeskUtils::kPathSize] = {};
     if (ExpandString(record.dest, directory, sizeof directory, false) == 0) {
         fileErrors = true;
         if (debugConsole)
@@ -364,7 +364,7 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
         unsigned checksum = BackupFile::checksum(data.data, size);
         if (ui)
             ui->StartDecompress();
-        TeskUtils::ErrorCode error = backup.addFile(file.path, kPathSize, checksum, true);
+        TeskUtils::ErrorCode error = backup.addFile(file.path, TeskUtils::kPathSize, checksum, true);
         char message[1100];
         if (!error) {
             snprintf(message, sizeof message, "Back up %s", file.path);
@@ -431,7 +431,7 @@ int Installer::postInstall(InstallerUI* ui)
             debugConsole->Dump("%s", failure.what());
     }
 
-    char name[kPathSize] = {};
+    char name[TeskUtils::kPathSize] = {};
     getConfigFileName(name, sizeof name);
     if (guiInstall || name[0])
         return 0;
@@ -452,7 +452,7 @@ int Installer::postInstall(InstallerUI* ui)
     TeskUtils::removeDoubleSlashes(name);
     if (CreateConfigFile(name) == 0) {
         if (ui) {
-            char line[kPathSize + 64];
+            char line[TeskUtils::kPathSize + 64];
             snprintf(line, sizeof line, "Successfully created configuration file:\n\t\"%s\"", name);
             ui->EndDecompress(line, false);
             ui->EndDecompress("You can use the file to automatically install the same product on different machine "

@@ -6,6 +6,7 @@
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/exceptions.h"
+#include "foundation/strings/path_size.h"
 #include "installer/installer.h"
 #include "installer/transaction/action_log.h"
 
@@ -64,7 +65,7 @@ bool findLogVariable(FILE* stream, const char* name, char* out, int outSize)
 
 // The temporary log beside `logPath`: its directory (up to and including the last '/' or
 // '\') with "templog.log" behind it. False when that name doesn't fit or is the log itself.
-bool makeTempLogName(const char* logPath, char (&out)[520])
+bool makeTempLogName(const char* logPath, char (&out)[TeskUtils::kPathSize])
 {
     TeskUtils::copyBounded(out, logPath, sizeof out);
     char* slash = strrchr(out, '/');
@@ -194,14 +195,14 @@ int Installer::initValuesFromLogFile(FILE* stream)
 
 void Installer::UpdateVars()
 {
-    char logPath[520];
+    char logPath[TeskUtils::kPathSize];
     if (GetInstallLogFile(logPath, sizeof logPath) != 0)
         throw InstallerError("ERROR: Obtaining install actionlog filename");
     FILE* oldLog = fopen(logPath, "rb");
     if (!oldLog)
         throw InstallerError("ERROR: Opening action file (%s)", logPath);
 
-    char tempPath[520];
+    char tempPath[TeskUtils::kPathSize];
     FILE* newLog = makeTempLogName(logPath, tempPath) ? fopen(tempPath, "wb") : nullptr;
     if (!newLog) {
         fclose(oldLog);

@@ -2,6 +2,7 @@
 // exchange that work on the records as a whole.
 #include "foundation/misc/path_utils.h"
 #include "foundation/misc/process_list.h"
+#include "foundation/strings/path_size.h"
 #include "installer/installer.h"
 
 namespace {
@@ -125,7 +126,7 @@ void correctDirFields(Installer& installer, DLGINFO& dlg)
     for (const FIELDINFO& field : dlg.fields) {
         if (field.type != FIELD_DIRECTORY)
             continue;
-        char value[520];
+        char value[TeskUtils::kPathSize];
         if (installer.GetVar(field.variable, value, sizeof(value)) == -1)
             continue;
         if (TeskUtils::uniCorrectPathString(value) > 0)

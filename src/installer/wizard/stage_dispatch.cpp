@@ -8,13 +8,12 @@
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/exceptions.h"
 #include "foundation/streams/pconsole.h"
+#include "foundation/strings/path_size.h"
 #include "foundation/xml/plist.h"
 #include "installer/installer.h"
 #include "installer/model/dialog_conditions.h"
 
 namespace {
-
-const int kPathSize = 520;
 
 // The one RunningAppsCondition that serves every RunningApps dialog of the process. The
 // holder keeps a reference of its own, so that the object outlives the dialogs that share
@@ -83,7 +82,7 @@ bool childConditionHolds(Installer& engine, int node)
 }
 
 // Expands the Directory attribute of `node` into `out`; false when there is none.
-bool expandDirectory(Installer& engine, int node, char (&out)[kPathSize])
+bool expandDirectory(Installer& engine, int node, char (&out)[TeskUtils::kPathSize])
 {
     const char* directory = engine.templateXml.ParVal(node, "Directory");
     out[0] = '\0';
@@ -126,7 +125,7 @@ void Installer::stageRunningApps(int dlg, int sub, InstallerUI* ui, DLGINFO& inf
                 continue;
             const char* tag = templateXml.GetName(node);
             const char* text = templateXml.GetData(node);
-            char directory[kPathSize];
+            char directory[TeskUtils::kPathSize];
             if (!strcmp(tag, "TerminateApp")) {
                 const char* service = templateXml.ParVal(node, "Service");
                 bool haveDirectory = expandDirectory(*this, node, directory);

@@ -7,6 +7,7 @@
 #include "foundation/misc/path_utils.h"
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/path_size.h"
 #include "installer/installer.h"
 
 namespace {
@@ -113,7 +114,7 @@ void Installer::evaluateTriggerArray(InstallerUI* ui, int mask, const TRIGGER_IN
             recalcVariables(GetVar(trigger.variable, nullptr, 0));
             break;
         case TRIGGER_FILE_CHECK: {
-            char path[520] = {};
+            char path[TeskUtils::kPathSize] = {};
             ExpandString(trigger.value, path, sizeof(path), false);
             TeskUtils::uniCorrectPathString(path);
             if (TeskUtils::uniPathOrFileExists(path))

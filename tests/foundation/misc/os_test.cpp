@@ -14,6 +14,7 @@
 #include "foundation/misc/process_list.h"
 #include "foundation/misc/proxy_config.h"
 #include "foundation/misc/shell_utils.h"
+#include "foundation/strings/path_size.h"
 #include "misc_test_helpers.h"
 #include "support/paths.h"
 #include "support/process.h"
@@ -29,7 +30,7 @@ TEST(SearchPath, CommandsAndBrowsersAreFoundOnlyThroughPATH)
         ASSERT_TRUE(quilbtest::writeFile(dir.file(name), "#!/bin/sh\nexit 0\n"));
         ASSERT_EQ(chmod(dir.file(name).c_str(), 0755), 0);
     }
-    char browser[520] = "";
+    char browser[TeskUtils::kPathSize] = "";
     {
         EnvGuard path("PATH", ("/nonexistent:" + dir.path() + "/").c_str());
         EXPECT_EQ(ShellUtils::CommandExists("quilb-probe-tool"), 1);
@@ -70,7 +71,7 @@ TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
     // itself again.
     if (!getenv("QUILB_IN_SANDBOX")) {
         QUILB_REQUIRE_SANDBOX();
-        char self[520];
+        char self[TeskUtils::kPathSize];
         ASSERT_EQ(getProcessFileName(self, sizeof self, 0), 1);
         quilbtest::CommandResult run =
             quilbtest::runInSandbox(quilbtest::shellQuote(self) + " --gtest_filter=Permissions.*");
@@ -130,7 +131,7 @@ struct Child {
             _exit(127);
         }
         // Wait until the new image runs, so that the process list shows its command.
-        char exe[520];
+        char exe[TeskUtils::kPathSize];
         for (int i = 0; i < 200 && !(getProcessFileName(exe, sizeof exe, pid) && program == exe); ++i)
             usleep(10000);
     }
@@ -144,7 +145,7 @@ struct Child {
 
 TEST(ProcessFile, OwnProgramAndItsDirectory)
 {
-    char file[520], dir[520], tiny[4];
+    char file[TeskUtils::kPathSize], dir[TeskUtils::kPathSize], tiny[4];
     ASSERT_EQ(getProcessFileName(file, sizeof file, 0), 1);
     ASSERT_EQ(getProcessPath(dir, sizeof dir), 1);
     std::string own = file, path = dir;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/strings/path_size.h"
 #include "installer/model/dialog_conditions.h"
 #include "installer/template/template_helpers.h"
 #include "support/paths.h"
@@ -325,7 +326,7 @@ TEST_F(FullTemplate, DirectoryVariablesAreCorrected)
     engine().SetVar("TARGET", " /opt/a\\b ");
     engine().SetVar("LINK", " keep\\me ");
     engine().correctDirVariables();
-    char value[520];
+    char value[TeskUtils::kPathSize];
     engine().GetVar("TARGET", value, sizeof(value));
     EXPECT_STREQ("/opt/a/b", value);
     engine().GetVar("LINK", value, sizeof(value));
