@@ -1,5 +1,5 @@
 // The object conditions of dialogs: running applications and installed products.
-#include "installer/model/dialog_conditions.h"
+#include "installer/wizard/dialog_conditions.h"
 
 #include "installer/installer.h"
 #include "installer/wizard/installer_ui.h"

@@ -9,7 +9,7 @@
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/tokenize.h"
 #include "installer/installer.h"
-#include "installer/model/dialog_conditions.h"
+#include "installer/wizard/dialog_conditions.h"
 
 // ---- Records ------------------------------------------------------------------------------
 

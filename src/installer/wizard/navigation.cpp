@@ -7,7 +7,7 @@
 // is passed over without cost. Going back tests no condition objects.
 #include "foundation/streams/pconsole.h"
 #include "installer/installer.h"
-#include "installer/model/dialog_conditions.h"
+#include "installer/wizard/dialog_conditions.h"
 
 int Installer::GetCurDlg()
 {

@@ -11,7 +11,7 @@
 #include "foundation/strings/path_size.h"
 #include "foundation/xml/plist.h"
 #include "installer/installer.h"
-#include "installer/model/dialog_conditions.h"
+#include "installer/wizard/dialog_conditions.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "installer/installer.h"
-#include "installer/model/dialog_conditions.h"
+#include "installer/wizard/dialog_conditions.h"
 #include "installer/wizard/installer_ui.h"
 
 namespace {

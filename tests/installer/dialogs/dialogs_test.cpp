@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "foundation/strings/path_size.h"
-#include "installer/model/dialog_conditions.h"
 #include "installer/template/template_helpers.h"
+#include "installer/wizard/dialog_conditions.h"
 #include "support/paths.h"
 
 using quilbtest::LoadedTemplate;

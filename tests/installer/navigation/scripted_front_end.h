@@ -15,8 +15,8 @@
 
 #include "foundation/strings/bounded_copy.h"
 #include "installer/installer.h"
-#include "installer/model/dialog_conditions.h"
 #include "installer/variables/variables_helpers.h"
+#include "installer/wizard/dialog_conditions.h"
 #include "support/paths.h"
 
 namespace quilbtest {
