@@ -10,7 +10,6 @@
 #include "foundation/strings/path_size.h"
 #include "foundation/strings/tesk_utils.h"
 #include "linux/linux_installer.h"
-#include "package/integrity_trailer.h"
 
 #include <cstdio>
 #include <cstdlib>
