@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "foundation/misc/installer_file_utils.h"
-#include "installer/wizard/installer_ui.h"
 #include "misc_test_helpers.h"
 #include "support/paths.h"
 
@@ -56,23 +55,23 @@ TEST(DeleteEmptyDirs, RemovesEmptyDirectoriesUpToTheFirstThatIsNotEmpty)
     EXPECT_TRUE(fileExists(dir.file("a/file")));
 }
 
-// A front end that records what DirInfo::Delete shows on it.
-struct RecordingUI : InstallerUI {
-    int StartUI() override { return 0; }
-    void StartDecompress() override { ++started; }
-    int EndDecompress(const char* text, bool close) override { return shown.push_back(text + std::string(close ? "+" : "")), 0; }
+// Stand-in for a front end: the foundation knows the engine's front-end class by name only and
+// passes the pointer on to the report handler, which records here what it would show.
+struct RecordingUI {
     int started = 0;
     std::vector<std::string> shown;
 };
 
 std::vector<std::string> collected;
-// Does what the engine's handler does, with a list in place of the error collector.
+// Does what the engine's handler does (StartDecompress, the collector, EndDecompress), with a
+// recorder in place of the front end and a list in place of the error collector.
 void report(InstallerUI* ui, LogCollector* collector, const char* message, int failed)
 {
-    ui->StartDecompress();
+    RecordingUI* recorder = reinterpret_cast<RecordingUI*>(ui);
+    ++recorder->started;
     if (collector && failed == 1)
         collected.push_back(message);
-    ui->EndDecompress(message, false);
+    recorder->shown.push_back(message);
 }
 
 class DirInfoDelete : public ::testing::Test {
@@ -89,10 +88,11 @@ protected:
 
     // Stand-in for the engine's collector: DirInfo only passes the pointer on.
     LogCollector* collector() { return reinterpret_cast<LogCollector*>(&dir); }
+    InstallerUI* ui() { return reinterpret_cast<InstallerUI*>(&recorder); }
 
     TempDir dir;
     misctest::CaptureConsole console;
-    RecordingUI ui;
+    RecordingUI recorder;
 };
 
 TEST_F(DirInfoDelete, RemovesExactlyTheLevelsItMadeAndKeepsTheTopmostTried)
@@ -113,10 +113,11 @@ TEST_F(DirInfoDelete, RemovesExactlyTheLevelsItMadeAndKeepsTheTopmostTried)
     // Without a trailing slash the path itself is tried first, and one level more than counted.
     ASSERT_EQ(RecursiveCreateDirFromFileName(dir.file("base/p/q/").c_str()), 0);
     DirInfo bare(dir.file("base/p/q").c_str(), 1);
-    EXPECT_EQ(bare.Delete(nullptr, &ui, collector()), 0);
+    EXPECT_EQ(bare.Delete(nullptr, ui(), collector()), 0);
     EXPECT_FALSE(fileExists(dir.file("base/p")));
-    EXPECT_EQ(ui.started, 2);
-    EXPECT_EQ(ui.shown, (std::vector<std::string>{"Remove " + dir.file("base/p/q"), "Remove " + dir.file("base/p")}));
+    EXPECT_EQ(recorder.started, 2);
+    EXPECT_EQ(recorder.shown,
+              (std::vector<std::string>{"Remove " + dir.file("base/p/q"), "Remove " + dir.file("base/p")}));
     EXPECT_TRUE(collected.empty());
 }
 
@@ -127,17 +128,17 @@ TEST_F(DirInfoDelete, DirectoryHoldingAFileFailsAndIsReported)
     const std::string message = "FAILED to remove " + dir.file("base/g");
 
     DirInfo info(dir.file("base/g/").c_str(), 1);
-    EXPECT_EQ(info.Delete(&console, &ui, collector()), 1);
+    EXPECT_EQ(info.Delete(&console, ui(), collector()), 1);
     EXPECT_TRUE(fileExists(dir.file("base/g/data")));
-    EXPECT_EQ(ui.shown, std::vector<std::string>{message});
+    EXPECT_EQ(recorder.shown, std::vector<std::string>{message});
     EXPECT_EQ(collected, std::vector<std::string>{message});
     EXPECT_EQ(console.lines, "Dir: " + dir.file("base/g") + " (failed)\r\n");
 
     // Without a collector the front end still shows it; an empty DirInfo does nothing.
     DirInfo again(dir.file("base/g/").c_str(), 1), none;
-    EXPECT_EQ(again.Delete(nullptr, &ui, nullptr), 1);
-    EXPECT_EQ(none.Delete(&console, &ui, collector()), 0);
-    EXPECT_EQ(ui.shown.size(), 2u);
+    EXPECT_EQ(again.Delete(nullptr, ui(), nullptr), 1);
+    EXPECT_EQ(none.Delete(&console, ui(), collector()), 0);
+    EXPECT_EQ(recorder.shown.size(), 2u);
     EXPECT_EQ(collected.size(), 1u);
 }
 
