@@ -193,6 +193,42 @@ TEST(InstallTest, SampleProductInstallsItsFilesAndLog)
     EXPECT_EQ(readFile(t + "/uninstall/quilb-notes.bak"), kContainerHeader + kContainerEnd) << "nothing was overwritten";
 }
 
+TEST(InstallTest, SampleProductInstallsAtATerminal)
+{
+    QUILB_REQUIRE_SANDBOX();
+    const std::string example = sourceDir() + "/examples/quilb-notes";
+    Product product;
+    ASSERT_NO_FATAL_FAILURE(product.pack(example, "--add license.md=" + shellQuote(example + "/license.md")));
+    const std::string t = product.target();
+    PtySession session(product.installer, {}, product.work.path(), 60, 100);
+    ASSERT_TRUE(session.expect("Press Enter to continue..."));
+    session.send("");
+    ASSERT_TRUE(session.expect("Press ENTER for the next page..."));
+    session.send("");
+    ASSERT_TRUE(session.expect("Install Quilb Notes to [")) << session.transcript();
+    session.send(t);
+    ASSERT_TRUE(session.expect("Name of the owner ["));
+    session.send("Terminal Owner");
+    ASSERT_TRUE(session.expect("Enter your choice [1-2, default is 1]: "));
+    session.send("2");
+    ASSERT_TRUE(session.expect("(no or [yes]): "));
+    session.send("no");
+    ASSERT_TRUE(session.expect("Create " + t + "/share/templates.txt"));
+    ASSERT_TRUE(session.expect("The installation was successful."));
+    EXPECT_EQ(session.finish(), 0) << session.transcript();
+
+    std::string conf = readFile(t + "/share/notes.conf");
+    EXPECT_NE(conf.find("owner = Terminal Owner\nedition = 1\n"), std::string::npos) << conf;
+    EXPECT_EQ(modeOf(t + "/bin/quilb-notes"), 0755);
+    EXPECT_EQ(readFile(t + "/share/templates.txt"), readFile(example + "/files/share/templates.txt"));
+    std::vector<std::string> lines = logLines(readFile(t + "/uninstall/quilb-notes.log"));
+    EXPECT_EQ(valueOf(lines, "OWNER"), "Terminal Owner");
+    EXPECT_EQ(valueOf(lines, "DESKTOP_LINK"), "0");
+    // A console install without a configuration file leaves one beside the installer.
+    std::string config = readFile(product.work.file("config.xml"));
+    EXPECT_NE(config.find("Terminal Owner"), std::string::npos) << config;
+}
+
 const char* const kLoopTemplate = R"(<QuilbGroupInstallation>
   <ProductDesc>
     <Fullname>Loop Check</Fullname>
