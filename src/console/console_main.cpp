@@ -9,6 +9,7 @@
 #include "foundation/streams/pconsole.h"
 #include "foundation/strings/path_size.h"
 #include "foundation/strings/tesk_utils.h"
+#include "foundation/strings/tokenize.h"
 #include "linux/linux_installer.h"
 
 #include <cstdio>
@@ -36,13 +37,6 @@ int numberOf(const char* text)
     return teskutils_atoi(text);
 }
 
-// The program's name without its directory.
-const char* baseName(const char* path)
-{
-    const char* slash = strrchr(path ? path : "", '/');
-    return slash ? slash + 1 : (path ? path : "");
-}
-
 // "Apr 25 2017, 15:12:48" from the compiler's date and time.
 void buildStamp(char* out, int size)
 {
@@ -57,7 +51,8 @@ void buildStamp(char* out, int size)
 
 int ParseCmdLine(int argc, char** argv, ConsoleOptions& options)
 {
-    options.uninstall = argc > 0 && strncmp(baseName(argv[0]), "uninstaller", 11) == 0;
+    // The program's own name, behind the last '/' of the path it was started by.
+    options.uninstall = argc > 0 && strncmp(TeskUtils::fileNamePart(argv[0], "/"), "uninstaller", 11) == 0;
     for (int i = 1; i < argc; ++i) {
         const char* argument = argv[i];
         const char* value;

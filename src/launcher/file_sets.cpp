@@ -1,11 +1,12 @@
 // The launcher's file list (alias "install.xml" of the outer package) and the writing of
 // the files it names below the unpack directory.
 
-#include "foundation/strings/path_size.h"
 #include "launcher/launcher.h"
 
 #include "foundation/streams/pbuf_stream.h"
 #include "foundation/streams/pfile_stream.h"
+#include "foundation/strings/path_size.h"
+#include "foundation/strings/tokenize.h"
 #include "foundation/xml/pxml.h"
 #include "linux/linux_installer.h"
 
@@ -22,18 +23,6 @@ namespace {
 bool flagAttribute(const char* value)
 {
     return value && value[0] != '0';
-}
-
-// The name part of a source path: what stands behind the last slash before the final
-// character. A trailing slash stays; a path without slashes stays whole.
-const char* namePart(const char* path)
-{
-    int length = static_cast<int>(strlen(path));
-    for (int i = length - 2; i >= 0; --i) {
-        if (path[i] == '/' || path[i] == '\\')
-            return path + i + 1;
-    }
-    return path;
 }
 
 void addRename(PXML& document, int node)
@@ -68,7 +57,8 @@ void addFile(LinuxInstaller& installer, PXML& document, int node)
     file.executable = flagAttribute(document.ParVal(node, "Executable"));
     file.unpack = true;
     TeskUtils::copyBounded(file.alias, alias, sizeof file.alias);
-    TeskUtils::copyBounded(file.fileName, namePart(source), sizeof file.fileName);
+    // The name part of the source path; a trailing slash stays with it.
+    TeskUtils::copyBounded(file.fileName, TeskUtils::fileNamePart(source, "/\\", true), sizeof file.fileName);
 
     // The last rename of this alias read so far names the file; a failed expansion keeps
     // the name part.

@@ -1,7 +1,8 @@
 // Choice of the front end and the hand-over to it.
 
-#include "foundation/strings/path_size.h"
 #include "launcher/launcher.h"
+
+#include "foundation/strings/path_size.h"
 
 #include <cstdio>
 #include <cstring>

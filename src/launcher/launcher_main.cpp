@@ -1,12 +1,12 @@
 // The launcher's main flow: its own path, the unpack directory, the command line, the
 // integrity check and loading of the package, the hand-over and the clean-up.
 
-#include "foundation/strings/path_size.h"
 #include "launcher/launcher.h"
 
 #include "linux/linux_installer.h"
 #include "foundation/misc/permissions.h"
 #include "foundation/misc/process_list.h"
+#include "foundation/strings/path_size.h"
 #include "package/integrity_trailer.h"
 
 #include <cstdio>

@@ -1,5 +1,6 @@
 // quilb_pack: makes the inner package of a product from its install template, and the
 // self-extracting installer from a launcher, the front ends and that package.
+#include "foundation/strings/tokenize.h"
 #include "quilb_pack/package_writer.h"
 #include "quilb_pack/template_reader.h"
 
@@ -85,12 +86,6 @@ std::string directoryOf(const std::string& path)
     if (slash == std::string::npos)
         return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string baseName(const std::string& path)
-{
-    size_t slash = path.find_last_of("/\\");
-    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 std::string ownDirectory()
@@ -217,7 +212,7 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
         }
         PackItem item;
         item.alias = file.hasAlias ? file.alias : derivedAlias(file.text);
-        item.name = baseName(file.text);
+        item.name = TeskUtils::fileNamePart(file.text.c_str());
         item.sourcePath = file.text[0] == '/' ? file.text : base + "/" + file.text;
         if (!fileExists(item.sourcePath)) {
             if (file.okIfMissing) {
@@ -232,7 +227,7 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
     }
     if (withExtra)
         for (const auto& extra : options.extra)
-            items.push_back({extra.first, baseName(extra.second), extra.second, false, ""});
+            items.push_back({extra.first, TeskUtils::fileNamePart(extra.second.c_str()), extra.second, false, ""});
     PackItem templateItem;
     // The engine finds the template by the record's file name "install.xml", whatever the
     // template file is called here.
@@ -354,7 +349,7 @@ int runInstaller(const Options& options)
         items.push_back(std::move(binary));
     }
     for (const auto& extra : options.extra)
-        items.push_back({extra.first, baseName(extra.second), extra.second, false, ""});
+        items.push_back({extra.first, TeskUtils::fileNamePart(extra.second.c_str()), extra.second, false, ""});
 
     std::string outer;
     PackError packError = buildPackage(items, options.pack, outer);

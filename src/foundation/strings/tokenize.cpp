@@ -336,6 +336,20 @@ void appendToFolder(char* folder, const char* name, int size)
     appendBounded(folder, name, static_cast<size_t>(size));
 }
 
+const char* fileNamePart(const char* path, const char* separators, bool keepTrailing)
+{
+    if (!path)
+        return "";
+    size_t end = strlen(path);
+    if (keepTrailing && end > 0)
+        --end;
+    const char* name = path;
+    for (size_t i = 0; i < end && separators; ++i)
+        if (strchr(separators, path[i]))
+            name = path + i + 1;
+    return name;
+}
+
 int isDirectory(const char* path)
 {
     struct stat info;

@@ -119,6 +119,12 @@ void removeSlashesAtEnd(char* path, int size);
 // Appends `name` to `folder`, with a '/' between them unless the folder is empty or already ends
 // in one; the whole stays within `size` bytes.
 void appendToFolder(char* folder, const char* name, int size);
+// Where the file name of `path` starts: behind the last of its characters that is one of
+// `separators`. With `keepTrailing` the final character is not looked at, so that a trailing
+// separator stays with the name ("a/b/" gives "b/") instead of leaving it empty. A path without
+// a separator is all name; a null path gives "", null or empty separators give the whole path.
+// The result points into `path` (its offset is also the length of the directory part).
+const char* fileNamePart(const char* path, const char* separators = "/\\", bool keepTrailing = false);
 // 1 when `path` names a directory (following links), else 0.
 int isDirectory(const char* path);
 

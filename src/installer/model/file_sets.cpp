@@ -13,17 +13,6 @@
 
 namespace {
 
-// Where the file name of an FN text starts: behind the last '/' or '\', scanning back
-// from the second-last character, so that a trailing slash doesn't make the name empty.
-const char* fileNameOfText(const char* text)
-{
-    int length = static_cast<int>(strlen(text));
-    for (int i = length - 2; i >= 0; --i)
-        if (text[i] == '/' || text[i] == '\\')
-            return text + i + 1;
-    return text;
-}
-
 // The alias of an FN without an Alias attribute: its text less every '/', '\' and ':',
 // cut at the field's width.
 void deriveAlias(const char* text, char* alias, size_t size)
@@ -111,7 +100,8 @@ int Installer::GetFilesInfo()
                 TeskUtils::copyBounded(file.alias, alias, sizeof(file.alias) - 1);
             else
                 deriveAlias(text, file.alias, sizeof(file.alias) - 1);
-            TeskUtils::copyBounded(file.name, fileNameOfText(text), sizeof(file.name) - 1);
+            // A trailing slash doesn't make the name empty: it stays with the name.
+            TeskUtils::copyBounded(file.name, TeskUtils::fileNamePart(text, "/\\", true), sizeof(file.name) - 1);
 
             for (int i = cabinetFiles.count - 1; i >= 0; --i) {
                 if (strcmp(cabinetFiles[i].alias, file.alias) == 0) {
@@ -170,15 +160,8 @@ int Installer::GetAliasDestination(const char* alias, char* out, int size) const
     char path[TeskUtils::kPathSize] = {};
     // Expansion reads the variable store only; the store's operations aren't const.
     const_cast<Installer*>(this)->ExpandString(dest, path, sizeof(path), false);
-    const char* slash = strrchr(text, '/');
-    const char* backslash = strrchr(text, '\\');
-    const char* name = text;
-    if (slash && (!backslash || slash > backslash))
-        name = slash + 1;
-    else if (backslash)
-        name = backslash + 1;
     TeskUtils::appendBounded(path, "/", sizeof(path));
-    TeskUtils::appendBounded(path, name, sizeof(path));
+    TeskUtils::appendBounded(path, TeskUtils::fileNamePart(text), sizeof(path));
     TeskUtils::uniFixPathDelimiters(path, '/');
     TeskUtils::copyBounded(out, path, static_cast<size_t>(size));
     return -1;

@@ -149,12 +149,8 @@ void Installer::applyCustomFileProcessing(const char* path, const FILENAMES& rec
 
 int Installer::RetryExecutableDelete(InstallerUI* ui, const char* path, unsigned timeoutMs)
 {
-    const char* slash = path;
-    for (const char* p = path; *p; ++p)
-        if (*p == '/' || *p == '\\')
-            slash = p + 1;
     char name[200];
-    TeskUtils::copyBounded(name, slash, sizeof name);
+    TeskUtils::copyBounded(name, TeskUtils::fileNamePart(path), sizeof name);
 
     struct stat info;
     if (stat(path, &info) != 0 || !(info.st_mode & S_IXUSR))

@@ -7,6 +7,7 @@
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/exceptions.h"
 #include "foundation/strings/path_size.h"
+#include "foundation/strings/tokenize.h"
 #include "installer/installer.h"
 #include "installer/transaction/action_log.h"
 
@@ -68,14 +69,7 @@ bool findLogVariable(FILE* stream, const char* name, char* out, int outSize)
 bool makeTempLogName(const char* logPath, char (&out)[TeskUtils::kPathSize])
 {
     TeskUtils::copyBounded(out, logPath, sizeof out);
-    char* slash = strrchr(out, '/');
-    char* backslash = strrchr(out, '\\');
-    if (backslash && (!slash || backslash > slash))
-        slash = backslash;
-    if (slash)
-        slash[1] = '\0';
-    else
-        out[0] = '\0';
+    out[TeskUtils::fileNamePart(out) - out] = '\0';
     size_t directoryLength = strlen(out);
     if (TeskUtils::appendBounded(out, kTempLogName, sizeof out) != directoryLength + strlen(kTempLogName))
         return false;

@@ -205,4 +205,35 @@ TEST(Tokenize, PathHelpers)
     EXPECT_EQ(isDirectory(dir.file("plain").c_str()), 0);
 }
 
+TEST(Tokenize, FileNamePart)
+{
+    // `at` is where the name starts in `path`: the result points into the path itself.
+    struct Row { const char* name; const char* path; const char* separators; bool keepTrailing; int at; };
+    const Row rows[] = {
+        {"slashes", "/opt/app/bin/tool", "/\\", false, 13},
+        {"backslashes", "dir\\sub\\file.txt", "/\\", false, 8},
+        {"the later of both wins", "a/b\\c", "/\\", false, 4},
+        {"the later of both wins, reversed", "a\\b/c", "/\\", false, 4},
+        {"no separator: all name", "plain", "/\\", false, 0},
+        {"empty path", "", "/\\", false, 0},
+        {"trailing slash: empty name", "a/b/", "/\\", false, 4},
+        {"trailing slash kept with the name", "a/b/", "/\\", true, 2},
+        {"trailing backslash kept with the name", "a\\b\\", "/\\", true, 2},
+        {"only a slash, kept", "/", "/\\", true, 0},
+        {"only a slash, cut", "/", "/\\", false, 1},
+        {"double trailing slash, kept", "a//", "/\\", true, 2},
+        {"one character, kept", "x", "/\\", true, 0},
+        {"slash only: a backslash is part of the name", "a/b\\c", "/", false, 2},
+        {"slash only: no slash", "a\\b", "/", false, 0},
+        {"no separators at all", "a/b", "", false, 0},
+        {"null separators", "a/b", nullptr, false, 0},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(fileNamePart(row.path, row.separators, row.keepTrailing) - row.path, row.at) << row.name;
+    const char* path = "/usr/bin\\tool";
+    EXPECT_EQ(fileNamePart(path), path + 9) << "both separators by default";
+    EXPECT_STREQ(fileNamePart(nullptr), "");
+    EXPECT_STREQ(fileNamePart(nullptr, "/", true), "");
+}
+
 } // namespace
