@@ -82,6 +82,118 @@ void leaveCurrentPosition(Installer& engine, InstallerUI* ui, bool wholeDialog)
     engine.evaluateTriggers(ui, TRIGGER_ON_END, oldDlg, oldSub);
 }
 
+// True when the current position is a dialog or sub-dialog marked Finish.
+bool atFinishDialog(Installer& engine)
+{
+    const DLGINFO* dialog = engine.GetDialogInfo(engine.currentDlg, -1);
+    const DLGINFO* sub = subDialogAt(engine, engine.currentDlg, engine.currentSubDlg);
+    return (dialog && (dialog->flags & DLG_FINISH)) || (sub && (sub->flags & DLG_FINISH));
+}
+
+// The condition object of `record`, the dialog `dlg` (sub -1) or its sub-dialog `sub`: when it
+// fails and isn't weak, the position is entered again and the object gets one more try.
+// False when it fails that one too.
+bool holdsAfterRetry(Installer& engine, InstallerUI* ui, DLGINFO* record, int dlg, int sub)
+{
+    if (!record || !record->conditionObject || record->conditionObject->Eval(&engine, ui) ||
+        (record->flags & DLG_WEAK_CONDITION))
+        return true;
+    if (sub < 0)
+        engine.EvSetDlg(dlg, ui);
+    else
+        engine.EvSetSubDlg(dlg, sub, ui);
+    return !record->conditionObject || record->conditionObject->Eval(&engine, ui);
+}
+
+// A condition object of the current dialog, then of its sub-dialog, that fails holds the
+// wizard (after its one more try). False when the wizard is held.
+bool currentConditionsHold(Installer& engine, InstallerUI* ui)
+{
+    const int dlg = engine.currentDlg;
+    const int sub = engine.currentSubDlg;
+    DLGINFO* dialog = engine.GetDialogInfo(dlg, -1);
+    DLGINFO* subDialog = subDialogAt(engine, dlg, sub);
+    return holdsAfterRetry(engine, ui, dialog, dlg, -1) && holdsAfterRetry(engine, ui, subDialog, dlg, sub);
+}
+
+// After entering (dlg, sub): a condition object that fails stops the walk (false); one that
+// holds lets it go on as if the dialog had gone on by itself, adding one to `gained`.
+bool enteredConditionsHold(Installer& engine, InstallerUI* ui, int dlg, int sub, int& gained)
+{
+    DLGINFO& entered = engine.dialogs[dlg];
+    if (entered.conditionObject) {
+        if (!entered.conditionObject->Eval(&engine, ui))
+            return false;
+        ++gained;
+    }
+    DLGINFO* enteredSub = subDialogAt(engine, dlg, sub);
+    if (enteredSub && enteredSub->conditionObject) {
+        if (!enteredSub->conditionObject->Eval(&engine, ui))
+            return false;
+        ++gained;
+    }
+    return true;
+}
+
+// What one step of a forward walk came to.
+enum class Step {
+    Passed,   // the position's Condition is false, or the dialogs ended: nothing entered
+    Stopped,  // a condition object of the entered position failed
+    Entered,  // entered; `gained` holds what entering gave
+};
+
+// Moves (dlg, sub) to the next position, the next sub-dialog of the dialog or else the next
+// dialog (with its first sub-dialog), and enters it unless its Condition is false. `gained`
+// receives the stage dispatch results of the entries plus what the condition objects add.
+Step enterNext(Installer& engine, InstallerUI* ui, int& dlg, int& sub, int& gained)
+{
+    DLGINFO& walked = engine.dialogs[dlg];
+    if (hasSubDialogs(walked) && sub < walked.subDialogs.count - 1) {
+        ++sub;
+        if (engine.EvalCondition(walked.subDialogs[sub].condition) == 0)
+            return Step::Passed;
+        engine.UpdateTaskListItem(ui, engine.currentDlg, engine.currentSubDlg,
+                                  engine.stateError ? TASK_FINISHED_BAD : TASK_FINISHED_GOOD);
+        gained = engine.EvSetSubDlg(dlg, sub, ui);
+    } else {
+        ++dlg;
+        sub = 0;
+        if (dlg >= engine.dialogs.count || engine.EvalCondition(engine.dialogs[dlg].condition) == 0)
+            return Step::Passed;
+        gained = engine.EvSetDlg(dlg, ui);
+        if (hasSubDialogs(engine.dialogs[dlg]))
+            gained += engine.EvSetSubDlg(dlg, 0, ui);
+    }
+    return enteredConditionsHold(engine, ui, dlg, sub, gained) ? Step::Entered : Step::Stopped;
+}
+
+// The forward walk of EvNext from (dlg, sub), the current position: each entered position
+// spends one unit of `shift` and gives back what entering gained. True when the walk ended
+// where it should (shift spent, a Finish dialog, a failed condition object); false when it
+// ran past the dialogs, with (dlg, sub) where it stopped.
+bool walkForward(Installer& engine, InstallerUI* ui, int shift, int& dlg, int& sub)
+{
+    int remaining = shift;
+    while (dlg >= 0 && dlg < engine.dialogs.count) {
+        const DLGINFO& walked = engine.dialogs[dlg];
+        if (hasSubDialogs(walked) && sub >= walked.subDialogs.count)
+            break;
+        if (atFinishDialog(engine)) {
+            engine.stateFinish = 1;
+            return true;
+        }
+        int gained = 0;
+        Step step = enterNext(engine, ui, dlg, sub, gained);
+        if (step == Step::Stopped)
+            return true;
+        if (step == Step::Entered)
+            remaining += gained - 1;
+        if (remaining < 1 || engine.stateFinish)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 // ---- Entering a dialog ----------------------------------------------------------------------
@@ -125,93 +237,22 @@ int Installer::EvNext(InstallerUI* ui, int shift)
 {
     if (!ui)
         return -1;
-
-    const int startDlg = currentDlg;
-    const int startSub = currentSubDlg;
-    DLGINFO* dialog = GetDialogInfo(startDlg, -1);
-    DLGINFO* subDialog = subDialogAt(*this, startDlg, startSub);
-    if ((dialog && (dialog->flags & DLG_FINISH)) || (subDialog && (subDialog->flags & DLG_FINISH))) {
+    if (atFinishDialog(*this)) {
         stateFinish = 1;
         return 0;
     }
-
-    // A condition object that fails holds the wizard, after one more try on re-entering.
-    if (dialog && dialog->conditionObject && !dialog->conditionObject->Eval(this, ui) &&
-        !(dialog->flags & DLG_WEAK_CONDITION)) {
-        EvSetDlg(startDlg, ui);
-        if (dialog->conditionObject && !dialog->conditionObject->Eval(this, ui))
-            return -1;
-    }
-    if (subDialog && subDialog->conditionObject && !subDialog->conditionObject->Eval(this, ui) &&
-        !(subDialog->flags & DLG_WEAK_CONDITION)) {
-        EvSetSubDlg(startDlg, startSub, ui);
-        if (subDialog->conditionObject && !subDialog->conditionObject->Eval(this, ui))
-            return -1;
-    }
-
+    if (!currentConditionsHold(*this, ui))
+        return -1;
     if (shift < 1 || stateFinish)
         return 0;
 
-    int i = currentDlg;
-    int j = currentSubDlg;
-    int remaining = shift;
-    while (i >= 0 && i < dialogs.count) {
-        DLGINFO& walked = dialogs[i];
-        if (hasSubDialogs(walked) && j >= walked.subDialogs.count)
-            break;
-
-        DLGINFO* current = GetDialogInfo(currentDlg, -1);
-        DLGINFO* currentSub = subDialogAt(*this, currentDlg, currentSubDlg);
-        if ((current && (current->flags & DLG_FINISH)) || (currentSub && (currentSub->flags & DLG_FINISH))) {
-            stateFinish = 1;
-            return 0;
-        }
-
-        int next;
-        if (hasSubDialogs(walked) && j < walked.subDialogs.count - 1) {
-            ++j;
-            if (EvalCondition(walked.subDialogs[j].condition) == 0)
-                goto endOfRound;
-            UpdateTaskListItem(ui, currentDlg, currentSubDlg, stateError ? TASK_FINISHED_BAD : TASK_FINISHED_GOOD);
-            next = remaining + EvSetSubDlg(i, j, ui);
-        } else {
-            ++i;
-            j = 0;
-            if (i >= dialogs.count)
-                goto endOfRound;
-            if (EvalCondition(dialogs[i].condition) == 0)
-                goto endOfRound;
-            next = remaining + EvSetDlg(i, ui);
-            if (hasSubDialogs(dialogs[i]))
-                next += EvSetSubDlg(i, 0, ui);
-        }
-
-        {
-            // A condition object that fails stops the walk here; one that holds lets it
-            // go on as if the dialog had gone on by itself.
-            DLGINFO& entered = dialogs[i];
-            if (entered.conditionObject) {
-                if (!entered.conditionObject->Eval(this, ui))
-                    return 0;
-                ++next;
-            }
-            DLGINFO* enteredSub = subDialogAt(*this, i, j);
-            if (enteredSub && enteredSub->conditionObject) {
-                if (!enteredSub->conditionObject->Eval(this, ui))
-                    return 0;
-                ++next;
-            }
-            remaining = next - 1;
-        }
-
-    endOfRound:
-        if (remaining < 1 || stateFinish)
-            return 0;
-    }
-
+    int dlg = currentDlg;
+    int sub = currentSubDlg;
+    if (walkForward(*this, ui, shift, dlg, sub))
+        return 0;
     if (debugConsole)
         debugConsole->Dump("ERROR: Bad dialog next shifting. Current dialogs: (%d, %d) - Next dialogs: (%d, %d)",
-                           currentDlg, currentSubDlg, i, j);
+                           currentDlg, currentSubDlg, dlg, sub);
     stateError = 1;
     stateFinish = 1;
     return 0;
