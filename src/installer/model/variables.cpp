@@ -18,6 +18,104 @@ namespace {
 // a buffer of this size and then cut to the field.
 const int kRecalcLimit = 1024;
 
+// The last record named `base`, ignoring case: its index, and its value in `buffer` (the
+// whole buffer cleared first) when a buffer is given. -1 when there is none.
+int readRecord(const TeskUtils::Table<VariableRecord, 100>& variables, const char* base, char* buffer, int size)
+{
+    for (int i = variables.count - 1; i >= 0; --i) {
+        if (strncasecmp(base, variables[i].name, VARIABLE_NAME_SIZE) != 0)
+            continue;
+        if (buffer && size > 0) {
+            memset(buffer, 0, static_cast<size_t>(size));
+            TeskUtils::copyBounded(buffer, variables[i].value, static_cast<size_t>(size));
+        }
+        return i;
+    }
+    return -1;
+}
+
+// The environment variable `name` (the text behind the '$', modifiers included) into
+// `buffer`: -2. When it isn't defined: -1, the buffer emptied and a warning naming `shown`.
+int readEnvironmentVar(const char* name, const char* shown, char* buffer, int size, PConsole* log)
+{
+    const char* value = getenv(name);
+    if (!value) {
+        if (buffer && size > 0)
+            buffer[0] = '\0';
+        if (log)
+            log->Dump("WARNING: Environment variable \"%s\" is not defined!", shown);
+        return -1;
+    }
+    if (buffer && size > 0)
+        TeskUtils::copyBounded(buffer, value, static_cast<size_t>(size));
+    return -2;
+}
+
+// Where the kept part of `value` (`length` characters) starts by the start modifier `token`:
+// for "#text" behind the first occurrence of the text (0 when there is none), for a number
+// that offset, a negative one counting as 0 and one past the end giving the end. An invalid
+// number logs a warning about `name` and keeps 0.
+long substringStart(const char* token, const char* value, long length, const char* name, PConsole* log)
+{
+    if (token[0] == '#') {
+        const char* found = strstr(value, token + 1);
+        return found ? (found - value) + static_cast<long>(strlen(token + 1)) : 0;
+    }
+    if (!token[0])
+        return 0;
+    int n = 0;
+    if (!TeskUtils::fromString(n, token)) {
+        if (log)
+            log->Dump("WARNING: Invalid modifier used for substring of a variable: [%s]", name);
+        return 0;
+    }
+    if (n < 0)
+        n = 0;  // a negative start has no meaning of its own: it counts from the start
+    return n < length ? n : length;
+}
+
+// Where the kept part from `start` ends by the length modifier `token`: for "#text" at the
+// first occurrence of the text from `start` on (the end when there is none), for a number
+// that many characters on, never past the end. An invalid number logs a warning about `name`
+// and keeps the end.
+long substringEnd(const char* token, const char* value, long start, long length, const char* name, PConsole* log)
+{
+    if (token[0] == '#') {
+        const char* found = strstr(value + start, token + 1);
+        return found ? found - value : length;
+    }
+    if (!token[0])
+        return length;
+    int n = 0;
+    if (!TeskUtils::fromString(n, token)) {
+        if (log)
+            log->Dump("WARNING: Invalid modifier used for length of a substring of variable: [%s]", name);
+        return length;
+    }
+    return start + n < length ? start + n : length;
+}
+
+// Cuts the value in `buffer` to the part that `modifiers`, "start" or "start:length" behind
+// the first ':' of `name`, keep.
+void cutBySubstringModifiers(char* buffer, const char* modifiers, const char* name, PConsole* log)
+{
+    char startToken[VARIABLE_NAME_SIZE];
+    char lengthToken[VARIABLE_NAME_SIZE];
+    const char* split = strchr(modifiers, ':');
+    copyNamePart(startToken, modifiers, split ? static_cast<size_t>(split - modifiers) : strlen(modifiers));
+    TeskUtils::copyBounded(lengthToken, split ? split + 1 : "", sizeof(lengthToken));
+
+    const long length = static_cast<long>(strlen(buffer));
+    const long start = substringStart(startToken, buffer, length, name, log);
+    const long end = substringEnd(lengthToken, buffer, start, length, name, log);
+    if (start < end) {
+        memmove(buffer, buffer + start, static_cast<size_t>(end - start));
+        buffer[end - start] = '\0';
+    } else {
+        buffer[0] = '\0';
+    }
+}
+
 } // namespace
 
 int Installer::GetVar(const char* name, char* buffer, int size)
@@ -32,86 +130,25 @@ int Installer::GetVar(const char* name, char* buffer, int size)
     copyNamePart(base, name, colon ? static_cast<size_t>(colon - name) : strlen(name));
 
     int result;
-    if (base[0] != '$') {
+    if (base[0] == '$') {
+        // The whole argument names the environment variable, modifiers included: "$HOME:1"
+        // asks for "HOME:1" and does not fall back to "HOME".
+        result = readEnvironmentVar(name + 1, base + 1, buffer, size, debugConsole);
+        if (result == -1)
+            return -1;
+    } else {
         if (!base[0])
             return -1;
         result = getPredefinedVar(base, buffer, size);
         if (result == -1) {
-            for (int i = variables.count - 1; i >= 0 && result == -1; --i) {
-                if (strncasecmp(base, variables[i].name, VARIABLE_NAME_SIZE) == 0)
-                    result = i;
-            }
+            result = readRecord(variables, base, buffer, size);
             if (result == -1 || !buffer)
                 return result;
-            if (size > 0) {
-                memset(buffer, 0, static_cast<size_t>(size));
-                TeskUtils::copyBounded(buffer, variables[result].value, static_cast<size_t>(size));
-            }
         }
-    } else {
-        // The whole argument names the environment variable, modifiers included: "$HOME:1"
-        // asks for "HOME:1" and does not fall back to "HOME".
-        const char* value = getenv(name + 1);
-        if (!value) {
-            if (buffer && size > 0)
-                buffer[0] = '\0';
-            if (debugConsole)
-                debugConsole->Dump("WARNING: Environment variable \"%s\" is not defined!", base + 1);
-            return -1;
-        }
-        if (buffer && size > 0)
-            TeskUtils::copyBounded(buffer, value, static_cast<size_t>(size));
-        result = -2;
     }
 
-    if (!buffer || size < 1 || !*modifiers)
-        return result;
-
-    // The kept part runs from `start` to `end`, offsets into the value.
-    char startToken[VARIABLE_NAME_SIZE];
-    char lengthToken[VARIABLE_NAME_SIZE];
-    const char* split = strchr(modifiers, ':');
-    copyNamePart(startToken, modifiers, split ? static_cast<size_t>(split - modifiers) : strlen(modifiers));
-    TeskUtils::copyBounded(lengthToken, split ? split + 1 : "", sizeof(lengthToken));
-
-    const long valueLength = static_cast<long>(strlen(buffer));
-    long start = 0;
-    long end = valueLength;
-    if (startToken[0] == '#') {
-        const char* found = strstr(buffer, startToken + 1);
-        if (found)
-            start = (found - buffer) + static_cast<long>(strlen(startToken + 1));
-    } else if (startToken[0]) {
-        int n = 0;
-        if (!TeskUtils::fromString(n, startToken)) {
-            if (debugConsole)
-                debugConsole->Dump("WARNING: Invalid modifier used for substring of a variable: [%s]", name);
-        } else {
-            if (n < 0)
-                n = 0;  // a negative start has no meaning of its own: it counts from the start
-            start = n < valueLength ? n : end;
-        }
-    }
-    if (lengthToken[0] == '#') {
-        const char* found = strstr(buffer + start, lengthToken + 1);
-        if (found)
-            end = found - buffer;
-    } else if (lengthToken[0]) {
-        int n = 0;
-        if (!TeskUtils::fromString(n, lengthToken)) {
-            if (debugConsole)
-                debugConsole->Dump("WARNING: Invalid modifier used for length of a substring of variable: [%s]",
-                                   name);
-        } else if (start + n < end) {
-            end = start + n;
-        }
-    }
-    if (start < end) {
-        memmove(buffer, buffer + start, static_cast<size_t>(end - start));
-        buffer[end - start] = '\0';
-    } else {
-        buffer[0] = '\0';
-    }
+    if (buffer && size >= 1 && *modifiers)
+        cutBySubstringModifiers(buffer, modifiers, name, debugConsole);
     return result;
 }
 
