@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "foundation/streams/pfile_stream.h"
 #include "foundation/streams/pstream.h"
@@ -24,18 +25,22 @@ bool isSpace(char c)
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
+// A malloc copy of the `length` bytes at `text` with a NUL behind them; null when out of
+// memory.
 char* copyText(const char* text, int length)
 {
-    char* copy = (char*)malloc((size_t)length + 1);
+    char* copy = static_cast<char*>(malloc(static_cast<size_t>(length) + 1));
+    if (!copy)
+        return nullptr;
     if (length > 0)
-        memcpy(copy, text, (size_t)length);
+        memcpy(copy, text, static_cast<size_t>(length));
     copy[length] = '\0';
     return copy;
 }
 
 char* copyText(const char* text)
 {
-    return text ? copyText(text, (int)strlen(text)) : nullptr;
+    return text ? copyText(text, static_cast<int>(strlen(text))) : nullptr;
 }
 
 // Decodes the five entities of PXML::symmap in place; anything else after '&' stays as
@@ -48,7 +53,7 @@ int decodeEntities(char* text)
         if (*in == '&') {
             const PXML::Symbol* match = nullptr;
             for (const PXML::Symbol& symbol : PXML::symmap) {
-                if (strncmp(in, symbol.text, (size_t)symbol.length) == 0) {
+                if (strncmp(in, symbol.text, static_cast<size_t>(symbol.length)) == 0) {
                     match = &symbol;
                     break;
                 }
@@ -62,7 +67,7 @@ int decodeEntities(char* text)
         *out++ = *in++;
     }
     *out = '\0';
-    return (int)(out - text);
+    return static_cast<int>(out - text);
 }
 
 // The `length` bytes at `text` without the white space at both ends.
@@ -80,12 +85,153 @@ void trimSpaces(const char*& text, int& length)
 int componentLength(const char* path)
 {
     const char* slash = strchr(path, '/');
-    return slash ? (int)(slash - path) : (int)strlen(path);
+    return slash ? static_cast<int>(slash - path) : static_cast<int>(strlen(path));
 }
 
 bool nameIs(const char* name, const char* component, int length)
 {
-    return name && strncmp(name, component, (size_t)length) == 0 && name[length] == '\0';
+    return name && strncmp(name, component, static_cast<size_t>(length)) == 0 && name[length] == '\0';
+}
+
+// ---- The reader's steps
+
+// Where the reader stands.
+struct ReadState {
+    const char* position;  // start of the text in front of the next tag
+    int current;           // the open element, -1 at top level
+    int last;              // the element created last, -1 before the first
+};
+
+// A tag as it stands in the document.
+struct Tag {
+    const char* text;  // the text between the reading position and the tag's '<'
+    int textLength;
+    const char* inner;  // what stands between '<' and '>'
+    int innerLength;
+    bool selfClosing;  // the last character before '>' is '/'
+};
+
+// Where reading goes on behind the processing instruction whose "<?" stands at `open`: it
+// is skipped up to its '?' (or the character in front of a '>'), so that whatever follows
+// reads as text. Null when the document ends first.
+const char* skipProcessingInstruction(const char* open)
+{
+    const char* p = open + 2;
+    while (*p && *p != '?' && p[1] != '>')
+        ++p;
+    return *p ? p : nullptr;
+}
+
+bool isCommentStart(const char* open)
+{
+    return open[1] == '!' && open[2] == '-' && open[3] == '-';
+}
+
+// Where reading goes on behind the comment whose "<!--" stands at `open`: "--" then '>'
+// closes it. A dash after "--" starts the count anew, so a run of dashes closes only when
+// its length is 2, 5, 8 ... Null when the document ends first.
+const char* skipComment(const char* open)
+{
+    int dashes = 0;
+    for (const char* p = open + 4; *p; ++p) {
+        if (dashes == 2) {
+            if (*p == '>')
+                return p + 1;
+            dashes = 0;
+        } else if (*p == '-') {
+            ++dashes;
+        } else {
+            dashes = 0;
+        }
+    }
+    return nullptr;
+}
+
+// At a closing tag the text in front of it goes to the node created last, if that one has
+// none yet; a closing tag ending in "/>" gives it empty data instead. False when out of
+// memory.
+bool setLastData(TeskUtils::Table<NODEI, -1>& nodes, int last, const Tag& tag)
+{
+    if (last < 0)
+        return true;
+    NODEI& node = nodes[last];
+    if (tag.selfClosing) {
+        char* empty = copyText("", 0);
+        if (!empty)
+            return false;
+        free(node.data);
+        node.data = empty;
+        node.dataLength = 1;
+    } else if (!node.data) {
+        const char* text = tag.text;
+        int length = tag.textLength;
+        trimSpaces(text, length);
+        node.data = copyText(text, length);
+        if (!node.data)
+            return false;
+        node.dataLength = decodeEntities(node.data);
+    }
+    return true;
+}
+
+// Appends the element of an opening tag as a child of `parent`: its name and attributes
+// from the tag's inner text, and for "/>" empty data. Gives its number, or -1 when out of
+// memory (nothing is appended then).
+int appendElement(PXML& document, const Tag& tag, int parent)
+{
+    NODEI node;
+    node.attrs = new (std::nothrow) PStrPairList;
+    node.data = nullptr;
+    node.name = nullptr;
+    node.index = document.nodes.count;
+    node.parent = parent;
+    node.dataLength = 0;
+    if (!node.attrs)
+        return -1;
+    const char* inner = tag.inner;
+    int length = tag.innerLength;
+    trimSpaces(inner, length);
+    document.ParseTagname(const_cast<char*>(inner), length, node, node.attrs);
+    if (tag.selfClosing) {
+        node.data = copyText("", 0);
+        node.dataLength = 1;
+    }
+    if (!node.name || (tag.selfClosing && !node.data)) {
+        node._destruct();
+        return -1;
+    }
+    return document.nodes.append(node);
+}
+
+// Reads the tag whose '<' stands at `open` and moves the reader behind it. A closing tag,
+// whatever its name, closes the open element; an opening tag adds one, and the text in front
+// of it is dropped. False when the parse ends here: no '>', the close of a top-level element,
+// or no memory.
+bool readTag(PXML& document, const char* open, ReadState& state)
+{
+    // Quotes do not protect a '>'.
+    const char* close = strchr(open + 1, '>');
+    if (!close)
+        return false;
+    Tag tag;
+    tag.text = state.position;
+    tag.textLength = static_cast<int>(open - state.position);
+    tag.inner = open + 1;
+    tag.innerLength = static_cast<int>(close - tag.inner);
+    tag.selfClosing = tag.innerLength > 0 && close[-1] == '/';
+    state.position = close + 1;
+
+    if (*tag.inner == '/') {
+        if (!setLastData(document.nodes, state.last, tag) || state.current < 0)
+            return false;
+        state.current = document.nodes[state.current].parent;
+        return state.current >= 0;
+    }
+    state.last = appendElement(document, tag, state.current);
+    if (state.last < 0)
+        return false;
+    state.current = tag.selfClosing ? document.nodes[state.last].parent : state.last;
+    return state.current >= 0;
 }
 
 } // namespace
@@ -139,7 +285,7 @@ int PXML::ParseFile(const char* path)
     if (!path)
         return EINVAL;
     PFileStream file;
-    int result = file.Open(path, (int)PFileStream::AccessRead, 0, PFileStream::OpenExisting);
+    int result = file.Open(path, static_cast<int>(PFileStream::AccessRead), 0, PFileStream::OpenExisting);
     if (result != 0)
         return result;
     return ParseStream(file);
@@ -152,9 +298,13 @@ int PXML::ParseStream(PStream& stream)
     long size = stream.Size();
     if (size < 0)
         size = 0;
-    char* buffer = (char*)malloc((size_t)size + 2);
+    char* buffer = static_cast<char*>(malloc(static_cast<size_t>(size) + 2));
+    if (!buffer) {
+        stream.Close();
+        return ENOMEM;
+    }
     int got = 0;
-    int result = stream.Read(buffer, (int)size, got);
+    int result = stream.Read(buffer, static_cast<int>(size), got);
     if (result != 0 || got != size) {
         free(buffer);
         stream.Close();
@@ -171,104 +321,18 @@ int PXML::ParseTag(char* buffer)
 {
     if (!buffer)
         return 0;
-    const char* position = buffer; // start of the text in front of the next tag
-    int current = -1;              // the open element
-    int last = -1;                 // the element created last
-    for (;;) {
-        const char* open = strchr(position, '<');
-        if (!open)
+    ReadState state{buffer, -1, -1};
+    while (const char* open = strchr(state.position, '<')) {
+        if (open[1] == '?')
+            state.position = skipProcessingInstruction(open);
+        else if (isCommentStart(open))
+            state.position = skipComment(open);
+        else if (!readTag(*this, open, state))
             return 0;
-
-        if (open[1] == '?') {
-            // Processing instruction: skipped up to its '?' (or the character in front of
-            // a '>'); whatever follows reads as text.
-            const char* p = open + 2;
-            while (*p && *p != '?' && p[1] != '>')
-                ++p;
-            if (!*p)
-                return 0;
-            position = p;
-            continue;
-        }
-
-        if (open[1] == '!' && open[2] == '-' && open[3] == '-') {
-            // Comment: "--" then '>' closes it. A dash after "--" starts the count anew,
-            // so a run of dashes closes only when its length is 2, 5, 8 ...
-            const char* p = open + 4;
-            int dashes = 0;
-            for (;; ++p) {
-                if (!*p)
-                    return 0;
-                if (dashes == 2) {
-                    if (*p == '>')
-                        break;
-                    dashes = 0;
-                } else if (*p == '-') {
-                    ++dashes;
-                } else {
-                    dashes = 0;
-                }
-            }
-            position = p + 1;
-            continue;
-        }
-
-        // A tag; quotes do not protect a '>'.
-        const char* close = strchr(open + 1, '>');
-        if (!close)
+        if (!state.position)
             return 0;
-        const char* text = position;
-        int textLength = (int)(open - position);
-        const char* inner = open + 1;
-        int innerLength = (int)(close - inner);
-        bool selfClosing = innerLength > 0 && close[-1] == '/';
-        position = close + 1;
-
-        if (*inner == '/') {
-            // Closing tag, whatever its name: the text goes to the node created last, if
-            // that one has none yet; then the open element is closed.
-            if (last >= 0) {
-                NODEI& node = nodes[last];
-                if (selfClosing) {
-                    free(node.data);
-                    node.data = copyText("", 0);
-                    node.dataLength = 1;
-                } else if (!node.data) {
-                    trimSpaces(text, textLength);
-                    node.data = copyText(text, textLength);
-                    node.dataLength = decodeEntities(node.data);
-                }
-            }
-            if (current < 0)
-                return 0;
-            current = nodes[current].parent;
-            if (current < 0)
-                return 0;
-            continue;
-        }
-
-        // Opening tag; the text in front of it is dropped.
-        trimSpaces(inner, innerLength);
-        NODEI node;
-        node.attrs = new PStrPairList;
-        node.data = nullptr;
-        node.name = nullptr;
-        node.index = nodes.count;
-        node.parent = current;
-        node.dataLength = 0;
-        ParseTagname(const_cast<char*>(inner), innerLength, node, node.attrs);
-        if (selfClosing) {
-            node.data = copyText("", 0);
-            node.dataLength = 1;
-        }
-        last = nodes.append(node);
-        current = last;
-        if (selfClosing) {
-            current = node.parent;
-            if (current < 0)
-                return 0;
-        }
     }
+    return 0;
 }
 
 int PXML::ParseTagname(char* text, int length, NODEI& node, PStrPairList* list)
@@ -461,7 +525,7 @@ int PXML::SetTagData(int parent, const char* path, const char* data, bool forceN
             NODEI& node = nodes[found];
             if (lastComponent) {
                 node.data = copyText(data);
-                node.dataLength = data ? (int)strlen(data) : 0;
+                node.dataLength = data ? static_cast<int>(strlen(data)) : 0;
                 return found;
             }
             node.data = copyText("", 0);

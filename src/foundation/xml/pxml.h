@@ -65,9 +65,11 @@ public:
     int ParseFile(const char* path);
     // Reads the whole stream, opening it first if it is not open, and closes it.
     // Gives 0 (also for a malformed document), 1 when the stream can't be opened, the
-    // stream's code when the read fails, -3 for a short read.
+    // stream's code when the read fails, -3 for a short read, ENOMEM when there is no
+    // memory for the text.
     int ParseStream(PStream& stream);
-    // Parses a NUL-terminated document in `buffer` (which is not changed). Always 0.
+    // Parses a NUL-terminated document in `buffer` (which is not changed). Always 0; no
+    // memory for a node ends the parse like a malformed document, what was read stands.
     int ParseTag(char* buffer);
     // Reads the tag name and the attributes from the `length` bytes of `text`: the name
     // goes to node.name (malloc), the attributes are appended to `list`. Gives 0, or -1
