@@ -1,0 +1,2 @@
+#include "linux/platform.h"
+#include "launcher/start.h"

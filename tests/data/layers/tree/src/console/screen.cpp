@@ -1,0 +1,3 @@
+#include "console/screen.h"
+#include "../launcher/start.h"
+#include "missing/nowhere.h"

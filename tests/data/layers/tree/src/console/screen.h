@@ -1,0 +1,1 @@
+#include "installer/wizard/installer_ui.h"

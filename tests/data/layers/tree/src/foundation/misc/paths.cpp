@@ -1,0 +1,2 @@
+#include "foundation/xml/doc.h"
+#include "paths.h"

@@ -1,0 +1,1 @@
+#include "foundation/streams/stream.h"

@@ -1,0 +1,2 @@
+#include "foundation/streams/stream.h"
+#include "package/container.h"

@@ -1,0 +1,2 @@
+#include "installer/installer.h"
+#include "installer/transaction/run.h"

@@ -1,0 +1,3 @@
+#include "installer/model/store.h"
+#include "installer/wizard/pages.h"
+#include "package/container.h"

@@ -1,0 +1,2 @@
+#include "foundation/strings/text.h"
+#include "installer/installer.h"

@@ -1,0 +1,2 @@
+#include "installer/wizard/exchange_enums.h"
+#include "package/container.h"

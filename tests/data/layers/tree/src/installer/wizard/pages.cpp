@@ -1,0 +1,3 @@
+#include "installer/installer.h"
+#include "linux/platform.h"
+#include "console/screen.h"

@@ -1,0 +1,2 @@
+#include "installer/transaction/run.h"
+#include "installer/wizard/installer_ui.h"

@@ -1,0 +1,2 @@
+#include "start.h"
+#include "console/screen.h"

@@ -1,0 +1,2 @@
+#include "installer/installer.h"
+#include "launcher/start.h"

@@ -1,0 +1,2 @@
+#include "foundation/misc/paths.h"
+#include "installer/installer.h"

@@ -1,0 +1,3 @@
+#include "console/screen.h"
+#include "linux/platform.h"
+#include "launcher/start.h"

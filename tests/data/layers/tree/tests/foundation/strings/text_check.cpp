@@ -1,0 +1,3 @@
+#include "support/helpers.h"
+#include "foundation/strings/text.h"
+#include "foundation/xml/doc.h"

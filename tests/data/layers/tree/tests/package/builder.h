@@ -1,0 +1,2 @@
+#include "package/container.h"
+#include "installer/installer.h"

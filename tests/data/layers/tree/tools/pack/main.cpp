@@ -1,0 +1,3 @@
+#include "pack/writer.h"
+#include "package/container.h"
+#include "console/screen.h"

@@ -1,0 +1,1 @@
+#include "pack/writer.h"
