@@ -32,13 +32,13 @@ class BackupFile;
 
 class Installer : public InstallExchangeInfo {
 public:
+    // ---- Construction (installer.cpp) -----------------------------------------------------
     Installer();
     virtual ~Installer();
     Installer(const Installer&) = delete;
     Installer& operator=(const Installer&) = delete;
 
-    // ---- Diagnostics (installer.cpp) ------------------------------------------------------
-    // Optional log sink, tested for null at each use; not owned.
+    // Optional log sink, tested for null at each use; not owned; InitDebugMode sets it.
     PConsole* debugConsole = nullptr;
 
     // ---- Cabinet and alias access (model/cabinet.cpp) -------------------------------------
@@ -86,19 +86,13 @@ private:
 
 public:
 
-    // ---- Variable store and expansion (model/variables.cpp) -------------------------------
+    // ---- Variable store (model/variables.cpp) ---------------------------------------------
     // Records in order of first definition, grown by 100. Predefined variables
     // (model/predefined_variables.cpp) are no records: they are computed at each read, go
     // before any record of the same name and can't be set.
     TeskUtils::Table<VariableRecord, 100> variables;
     // Set while default values are read; recalcVariables does nothing meanwhile.
     bool suspendRecalculation = false;
-    // Whether the front end is a graphical one (its IsGUIInstaller, kept when the UI
-    // starts); read as GUI_INSTALL.
-    bool guiInstall = false;
-    // The toolkit of the front-end program, read as WX_PORT: "linux_gtk", "linux_x11" or
-    // "linux_console". Each program sets its own.
-    const char* frontEndPort = "linux_console";
 
     // The value of `name` into `buffer` (at most size-1 characters; a null buffer only
     // looks). Gives the record's index, -2 when a predefined or environment variable
@@ -121,9 +115,25 @@ public:
     // The default value of a record; for a predefined or environment name its current value.
     // Results as GetVar; -1 also for a null buffer.
     int GetVarDefaultValue(const char* name, char* buffer, int size) override;
+    // Recomputes every record with VARFLAG_RECALCULATE but `except` (-1 for none), each
+    // after the ones its expression uses.
+    void recalcVariables(int except);
+
+    // ---- Predefined variables (model/predefined_variables.cpp) ----------------------------
+    // Whether the front end is a graphical one (its IsGUIInstaller, kept by noteFrontEnd
+    // when the UI starts); read as GUI_INSTALL.
+    bool guiInstall = false;
+    // The toolkit of the front-end program, read as WX_PORT: "linux_gtk", "linux_x11" or
+    // "linux_console". Each program sets its own.
+    const char* frontEndPort = "linux_console";
+    // Keeps what the variables tell of the front end `ui`: whether it is a graphical one.
+    void noteFrontEnd(InstallerUI& ui);
+
     // -2 and the value when `name` is predefined, -1 when not (or when TEMP_DIR can't be
     // had). A null buffer only looks, except that HAVE_RPM and HAVE_DPKG always probe.
     int getPredefinedVar(const char* name, char* buffer, int size);
+
+    // ---- Expansion (model/expansion.cpp) --------------------------------------------------
     // Expands the [NAME] references of a template text into `buffer` (a null buffer
     // measures). Gives the length of the full expansion plus one, 0 for a null or empty
     // text, and with `strict` 0 for any unknown reference (the buffer is emptied then).
@@ -133,9 +143,6 @@ public:
     // Expands the $NAME references of a recalculation expression. 1, or 0 for an unknown
     // name or an output that would not fit (left unterminated then).
     int expandVariables(const char* expression, char* buffer, int size);
-    // Recomputes every record with VARFLAG_RECALCULATE but `except` (-1 for none), each
-    // after the ones its expression uses.
-    void recalcVariables(int except);
 
     // ---- Condition expressions (model/conditions.cpp) -------------------------------------
     // 1 true, 0 false, -1 a condition that can't be parsed (which every caller takes as
@@ -144,7 +151,7 @@ public:
     // Where conditions are expanded before parsing.
     ConditionBuffer conditionBuffer;
 
-    // ---- Install template and product description (model/template.cpp) -------------------
+    // ---- Install template and product description (model/template.cpp) --------------------
     // The install template, read once and kept for the whole run; every later lookup goes
     // to it by tag.
     PXML templateXml;
@@ -210,6 +217,7 @@ public:
     // Reads InstallerControlVariables. Gives 0, or -1 when the section is missing.
     int ExtractControlVariableNames();
 
+    // ---- Colour theme (model/colour_theme.cpp) --------------------------------------------
     // The colour theme. Read only for graphical front ends; the caller checks
     // IsGUIInstaller.
     InstallerTheme theme;
@@ -241,8 +249,49 @@ public:
     static int getLogDestination(const char* logList);
     int GetAliasDestination(const char* alias, char* out, int size) const override;
 
-    // ---- Default values, command line, configuration file (model/default_values.cpp) ------
-    // The start of the engine (model/engine_start.cpp): reads the template (from the
+    // ---- Default values and command line (model/default_values.cpp) -----------------------
+    // Fills the store from the template's DefValues, then (for an install) from the
+    // configuration file, then from the command line. 0, or -1 when the template or the
+    // configuration file has no DefValues or the configuration file can't be read (the
+    // user is told through ui->MessageBox then).
+    int InitDefValues(InstallerUI* ui);
+    // Reads the DefValues section of `doc` (a template or a configuration file) into the
+    // store, then runs its triggers. 0; -1 when the document has no DefValues.
+    int GetDefaultValuesFromXML(const PXML& doc);
+    // Sets a variable for every "-VARIABLE_NAME=value" of the command line. Always 0.
+    int GetDefaultValuesFromCMD();
+    // The command line, which the engine doesn't own; null when none was given.
+    void InitCmdLineParser(const CLParser* parser);
+    const CLParser* cmdLineParser = nullptr;
+
+    // ---- Exclude list (model/exclude_vars.cpp) --------------------------------------------
+    // The exclude list: variables kept out of the action log (EXCLUDE_FROM_LOG) or out of
+    // the configuration file (EXCLUDE_FROM_CONFIG). Names compare exactly.
+    enum { EXCLUDE_FROM_LOG = 1, EXCLUDE_FROM_CONFIG = 2 };
+    struct ExcludeVar {
+        TeskUtils::CharString name;
+        int flags = 0;
+    };
+    TeskUtils::Table<ExcludeVar, 100> excludeVars;
+    // Adds the control variables, the fields' validation variables (which start as "1")
+    // and the template's InstallerExcludeVariables to the list.
+    void InitExcludeVars();
+    void addExcludeVar(const char* name, int flags);
+    // True when some entry of `name` has a bit of `mask`.
+    bool isVarExcluded(const char* name, int mask) const;
+
+    // ---- Configuration file (model/config_file.cpp) ---------------------------------------
+    // Writes every variable not barred from the configuration file as a DefValues
+    // document to `path`. 0; -1 for a null path; 1 when the document can't be built;
+    // otherwise what PXML::WriteFile gives.
+    int CreateConfigFile(const char* path);
+    // The configuration file given by -configFile=. Here there is none: an empty name,
+    // result 0, and set does nothing; LinuxInstaller keeps the name.
+    virtual int getConfigFileName(char* buffer, int size);
+    virtual void setConfigFileName(const char* name);
+
+    // ---- Engine start (model/engine_start.cpp) --------------------------------------------
+    // The start of the engine: reads the template (from the
     // cabinet, or for an uninstall from the path on the action log's first line), the
     // product description, file sets, theme, dialogs, control variables and exclude list,
     // looks for earlier installations, fills the store, makes dialog 0 current and runs
@@ -259,75 +308,25 @@ public:
     // Temporary files that the engine made and Done deletes.
     TeskUtils::Table<TeskUtils::CharString, 100> temporaryFiles;
 
-    // Fills the store from the template's DefValues, then (for an install) from the
-    // configuration file, then from the command line. 0, or -1 when the template or the
-    // configuration file has no DefValues or the configuration file can't be read (the
-    // user is told through ui->MessageBox then).
-    int InitDefValues(InstallerUI* ui);
-    // Reads the DefValues section of `doc` (a template or a configuration file) into the
-    // store, then runs its triggers. 0; -1 when the document has no DefValues.
-    int GetDefaultValuesFromXML(const PXML& doc);
-    // Sets a variable for every "-VARIABLE_NAME=value" of the command line. Always 0.
-    int GetDefaultValuesFromCMD();
-    // The command line, which the engine doesn't own; null when none was given.
-    void InitCmdLineParser(const CLParser* parser);
-    const CLParser* cmdLineParser = nullptr;
-
-    // The exclude list: variables kept out of the action log (EXCLUDE_FROM_LOG) or out of
-    // the configuration file (EXCLUDE_FROM_CONFIG). Names compare exactly.
-    enum { EXCLUDE_FROM_LOG = 1, EXCLUDE_FROM_CONFIG = 2 };
-    struct ExcludeVar {
-        TeskUtils::CharString name;
-        int flags = 0;
-    };
-    TeskUtils::Table<ExcludeVar, 100> excludeVars;
-    // Adds the control variables, the fields' validation variables (which start as "1")
-    // and the template's InstallerExcludeVariables to the list.
-    void InitExcludeVars();
-    void addExcludeVar(const char* name, int flags);
-    // True when some entry of `name` has a bit of `mask`.
-    bool isVarExcluded(const char* name, int mask) const;
-
-    // Writes every variable not barred from the configuration file as a DefValues
-    // document to `path`. 0; -1 for a null path; 1 when the document can't be built;
-    // otherwise what PXML::WriteFile gives.
-    int CreateConfigFile(const char* path);
-    // The configuration file given by -configFile=. Here there is none: an empty name,
-    // result 0, and set does nothing; LinuxInstaller keeps the name.
-    virtual int getConfigFileName(char* buffer, int size);
-    virtual void setConfigFileName(const char* name);
-
     // Sets the variable that the template names for `which`; nothing when it names none.
     void setControlVariable(ControlVariable which, const char* value);
 
-    // What earlier installations left, as the start and the default values ask for it.
-    // The bodies here (model/pending_operations.cpp) find nothing; the list of installed
-    // applications, the detection of earlier installations and the action log reader
-    // fill them in.
-    virtual int getInstallationCount() const;
-    // 1 when the product is installed, 0 when not, -1 when it can't be told; counts the
-    // installed legacy products into legacyCount.
-    virtual int CheckPreviousInstallation(InstallerUI* ui, int flag);
-    // Reads the variables of the installed copy's action log (null: the product's own)
-    // into the store. 0, or non-zero when a line was bad.
-    virtual int InitValuesFromLog(const char* logPath);
-    // True when only an action log of the product was found; counts legacy logs.
-    virtual bool CheckDefaultPreviousInstallation(int flag);
-    // The number of foreign products found that must be removed.
-    virtual int CheckExternalInstallations();
-    // Reads the variables of the open action log (uninstall) with initValuesFromLogFile:
-    // 0; 1 when a line was malformed; -1 when the block couldn't be read, whose reason
-    // goes to the debug console.
-    virtual int ReadVars();
-    // The action log of the installed application `name`; false when there is none.
-    virtual bool getAppLogFileName(const char* name, char* out, int size);
-    // One variable out of the action log at `logPath`; false when it isn't there.
-    virtual bool getLogFileVar(const char* logPath, const char* name, char* out, int outSize);
     // 0 none, 1 in the list of installed applications, 2 only its action log was found.
     int previousInstallState = 0;
     int legacyCount = 0;
     int legacyLogCount = 0;
     int GetPreviousInstall() override;
+
+    // ---- Platform probes, overridden by LinuxInstaller (model/app_probes.cpp) -------------
+    // Whether a process whose program is called `name` runs; the second argument is a
+    // directory that platforms may use to narrow the search. False here.
+    virtual bool isAppRunning(const char* name, const char* directory);
+    // Whether the application `name` (the product itself for null) is installed; with bit
+    // value 2 in `flags` the name is a path template to test for existence. False here.
+    virtual bool IsInstalled(const char* name, unsigned int flags);
+    // Runs a shell command line and gives its exit status as system() does; the probes of
+    // HAVE_RPM and HAVE_DPKG go through it.
+    virtual int runShellStatus(const char* command);
 
     // ---- Dialog model (wizard/dialogs.cpp) ------------------------------------------------
     TeskUtils::Table<DLGINFO, 16> dialogs;
@@ -345,6 +344,8 @@ public:
     int ExtractTriggersInfo(DLGINFO& dlg);
     int ExtractSubDialogsInfo(DLGINFO& dlg);
     int ExtractTaskListInfo(DLGINFO& dlg);
+
+    // ---- Dialog access (wizard/dialog_access.cpp) -----------------------------------------
     // Cleans the path in the variable of every Directory field and writes it back when
     // it changed.
     void correctDirVariables();
@@ -371,7 +372,7 @@ public:
     void SetInstallerPath(const char* path) override;
     int GetInstallerPath(char* buffer, int size) override;
 
-    // ---- Navigation and triggers (wizard/navigation.cpp) ----------------------------------
+    // ---- Navigation (wizard/navigation.cpp) -----------------------------------------------
     // The position (-1 until RunInstallerUI makes dialog 0 current; the sub-dialog -1 on a
     // dialog itself) and the state flags of the wizard.
     int currentDlg = -1;
@@ -403,14 +404,16 @@ public:
     int EvSetSubDlg(int dlg, int sub, InstallerUI* ui) override;
     // EvNext for a positive shift, EvBack for a negative one; 0 and nothing for 0.
     int PerformButtonDlgShift(InstallerUI* ui, int shift) override;
-    // Runs a button's action text, ';'-separated: Cancel, Help, Run:<sequence>,
-    // EvalTriggers, or a "[NAME]='value'" assignment (wizard/button_actions.cpp).
-    void PerformButtonAction(InstallerUI* ui, const char* action) override;
     // 2 when the current (sub-)dialog has no condition object, else its Eval as 1 or 0
     // (also stored in the DlgCondition control variable); 0 for a bad position.
     int GetDialogConditionEval(InstallerUI* ui) override;
 
-    // Triggers (wizard/triggers.cpp).
+    // ---- Button actions (wizard/button_actions.cpp) ---------------------------------------
+    // Runs a button's action text, ';'-separated: Cancel, Help, Run:<sequence>,
+    // EvalTriggers, or a "[NAME]='value'" assignment.
+    void PerformButtonAction(InstallerUI* ui, const char* action) override;
+
+    // ---- Triggers (wizard/triggers.cpp) ---------------------------------------------------
     // The UPDATETYPE bits of (dlg, sub) whose texts mention `name`; plain substring tests.
     int DialogNeedsUpdate(const char* name, int dlg, int sub) override;
     void evaluateTriggers(InstallerUI* ui, int mask, int dlg, int sub) override;
@@ -426,7 +429,7 @@ public:
     // current (sub-)dialog), case ignored; anything else is logged.
     void performUIAction(InstallerUI* ui, const char* action);
 
-    // The task list (wizard/task_list.cpp).
+    // ---- Task list (wizard/task_list.cpp) -------------------------------------------------
     // Sends the tasks after the current one whose EnableCondition is set: inactive when
     // it is false, their own status when true. Always 0.
     int UpdateTaskList(InstallerUI* ui) override;
@@ -439,9 +442,6 @@ public:
     // shows the dialog exactly once. Gives 1 when the walk may go on past it (AutoNext),
     // else 0; 0 for a null ui.
     int SetDlgHelper(int dlg, int sub, InstallerUI* ui, DLGINFO& info);
-    // Runs the action sequence `tag` of the template. The body here
-    // (model/pending_operations.cpp) only logs; the action sequences fill it in.
-    virtual int RunFiles(InstallerUI* ui, const char* tag);
 
     // The longer rows of the stage table. stageUninstall gives the state error;
     // the others show the dialog as their rows say and set `shown`.
@@ -484,18 +484,6 @@ public:
     // Set when an install run reported its failure.
     bool installFailed = false;
 
-    // The steps of the run after the files, in their order; each gets the action log and
-    // the front end and gives 0 or non-zero.
-    virtual int UpdateEnv(PConsole& log, InstallerUI* ui);
-    virtual int UpdateINI(PConsole& log, InstallerUI* ui);
-    virtual int ModifyFiles(PConsole& log, InstallerUI* ui);
-    virtual int UpdateShortcuts(PConsole& log, InstallerUI* ui);
-    virtual int UpdateFirewall(PConsole& log, InstallerUI* ui);
-    // Adds this installation's leftovers to the system-wide cleanup log. 0.
-    virtual int updateCleanupLog();
-    // Records `path` for the cleanup log (files whose Log names the cleanup).
-    virtual void addCleanupFile(const char* path);
-
     // Once per engine: the sequence "PostInstall", the variable block of the action log
     // rewritten, and for a console install the configuration file for unattended
     // repeats. Always 0.
@@ -513,8 +501,48 @@ public:
     // Rewrites the variable block of the final action log with the present values;
     // throws InstallerError.
     void UpdateVars();
+    // Reads the variables of the open action log (uninstall) with initValuesFromLogFile:
+    // 0; 1 when a line was malformed; -1 when the block couldn't be read, whose reason
+    // goes to the debug console.
+    virtual int ReadVars();
+    // One variable out of the action log at `logPath`; false when it isn't there.
+    virtual bool getLogFileVar(const char* logPath, const char* name, char* out, int outSize);
 
     // ---- Later stages (model/pending_operations.cpp until their work lands) ---------------
+    // Runs the action sequence `tag` of the template. The body here
+    // (model/pending_operations.cpp) only logs; the action sequences fill it in.
+    virtual int RunFiles(InstallerUI* ui, const char* tag);
+
+    // The steps of the run after the files, in their order; each gets the action log and
+    // the front end and gives 0 or non-zero.
+    virtual int UpdateEnv(PConsole& log, InstallerUI* ui);
+    virtual int UpdateINI(PConsole& log, InstallerUI* ui);
+    virtual int ModifyFiles(PConsole& log, InstallerUI* ui);
+    virtual int UpdateShortcuts(PConsole& log, InstallerUI* ui);
+    virtual int UpdateFirewall(PConsole& log, InstallerUI* ui);
+    // Adds this installation's leftovers to the system-wide cleanup log. 0.
+    virtual int updateCleanupLog();
+    // Records `path` for the cleanup log (files whose Log names the cleanup).
+    virtual void addCleanupFile(const char* path);
+
+    // What earlier installations left, as the start and the default values ask for it.
+    // The bodies here (model/pending_operations.cpp) find nothing; the list of installed
+    // applications, the detection of earlier installations and the action log reader
+    // fill them in.
+    virtual int getInstallationCount() const;
+    // 1 when the product is installed, 0 when not, -1 when it can't be told; counts the
+    // installed legacy products into legacyCount.
+    virtual int CheckPreviousInstallation(InstallerUI* ui, int flag);
+    // Reads the variables of the installed copy's action log (null: the product's own)
+    // into the store. 0, or non-zero when a line was bad.
+    virtual int InitValuesFromLog(const char* logPath);
+    // True when only an action log of the product was found; counts legacy logs.
+    virtual bool CheckDefaultPreviousInstallation(int flag);
+    // The number of foreign products found that must be removed.
+    virtual int CheckExternalInstallations();
+    // The action log of the installed application `name`; false when there is none.
+    virtual bool getAppLogFileName(const char* name, char* out, int size);
+
     // Removes older versions and legacy products; OR of the uninstalls' results.
     virtual int callUninstaller(InstallerUI* ui);
     // Undoes the installation of the open action log; 0 or -1.
@@ -538,15 +566,4 @@ public:
     // Runs the uninstaller of the installed product `name`.
     virtual bool UnInstallApplication(const char* name, unsigned int flags, InstallerUI* ui,
                                       const char* arguments);
-
-    // ---- Platform operations, overridden by LinuxInstaller --------------------------------
-    // Whether a process whose program is called `name` runs; the second argument is a
-    // directory that platforms may use to narrow the search. False here.
-    virtual bool isAppRunning(const char* name, const char* directory);
-    // Whether the application `name` (the product itself for null) is installed; with bit
-    // value 2 in `flags` the name is a path template to test for existence. False here.
-    virtual bool IsInstalled(const char* name, unsigned int flags);
-    // Runs a shell command line and gives its exit status as system() does; the probes of
-    // HAVE_RPM and HAVE_DPKG go through it.
-    virtual int runShellStatus(const char* command);
 };

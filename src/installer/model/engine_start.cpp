@@ -67,7 +67,7 @@ int Installer::RunInstallerUI(InstallerUI* ui, PConsole* log)
         logLine(log, "ERROR: No installer UI handler specified");
         return -1;
     }
-    guiInstall = ui->IsGUIInstaller();
+    noteFrontEnd(*ui);
     const bool uninstall = logStream != nullptr;
 
     // The template's text, from the file that the action log names or from the cabinet.

@@ -33,6 +33,11 @@ void put(char* buffer, int size, const char* value)
 
 } // namespace
 
+void Installer::noteFrontEnd(InstallerUI& ui)
+{
+    guiInstall = ui.IsGUIInstaller();
+}
+
 int Installer::getPredefinedVar(const char* name, char* buffer, int size)
 {
     if (!name)
