@@ -33,7 +33,7 @@ TEST(AppProbes, InstalledByPathTemplate)
     PMemoryConsole log;
     log.flags = 0;
     LinuxInstaller installer(0, false, nullptr, nullptr);
-    installer.debugConsole = &log;
+    installer.InitDebugMode(&log, 0);
     installer.SetVarExt("ROOT", dir.path().c_str(), nullptr, 0, nullptr);
 
     EXPECT_TRUE(installer.IsInstalled("[ROOT]/present.txt", 2));

@@ -130,7 +130,7 @@ TEST(ActionLogVariables, ReadersOnGoodAndDamagedBlocks)
     // ReadVars reads the open log; a failure costs a debug line and a non-zero result.
     EXPECT_EQ(engine.ReadVars(), -1);
     EXPECT_EQ(engine.log.text(), "ERROR: Invalid file handle for reading values from log!\r\n");
-    engine.logStream = fopen(path.c_str(), "rb");
+    ASSERT_EQ(engine.Init(path.c_str(), 0, 1), 0);  // opens the log as an uninstall does
     EXPECT_EQ(engine.ReadVars(), 0);
     EXPECT_EQ(engine.value("L"), std::string(519, 'x'));
 }

@@ -22,9 +22,9 @@ Loaded load(Installer& engine, const std::string& path, int offset = 0, unsigned
 {
     PMemoryConsole console;
     console.flags = 0;
-    engine.debugConsole = &console;
+    engine.InitDebugMode(&console, 0);
     Loaded result{engine.Init(path.c_str(), offset, flags), console.text()};
-    engine.debugConsole = nullptr;
+    engine.InitDebugMode(nullptr, 0);
     return result;
 }
 
@@ -180,7 +180,7 @@ TEST(Cabinet, DecompressWarnings)
         ASSERT_TRUE(!row.load || engine.Init(dir.file("empty.cab").c_str(), 0, 0) == 0) << row.name;
         PMemoryConsole console;
         console.flags = 0;
-        engine.debugConsole = &console;
+        engine.InitDebugMode(&console, 0);
         int size = 9;
         TeskUtils::PtrArray<unsigned char> out;
         EXPECT_EQ(engine.Decompress(row.index, size, out, nullptr), -1) << row.name;
@@ -189,7 +189,7 @@ TEST(Cabinet, DecompressWarnings)
         console.Clear();
         EXPECT_EQ(engine.Decompress("anything", size, out, nullptr), -1);
         EXPECT_EQ(console.text(), "") << "by alias a miss is silent";
-        engine.debugConsole = nullptr;
+        engine.InitDebugMode(nullptr, 0);
     }
 }
 
@@ -240,7 +240,8 @@ TEST(Cabinet, UninstallModeOpensTheLog)
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("install.log"), "/opt/app/install.xml\n"));
     Installer engine;
-    std::strcpy(engine.installerPath, "kept");
+    // A package that can't be opened still leaves its path.
+    ASSERT_EQ(engine.Init(dir.file("package.bin").c_str(), 0, 0), -2);
 
     Loaded missing = load(engine, dir.file("absent.log"), 0, 1);
     EXPECT_EQ(missing.code, -1);
@@ -251,7 +252,7 @@ TEST(Cabinet, UninstallModeOpensTheLog)
     EXPECT_EQ(opened.code, 0);
     ASSERT_NE(engine.logStream, nullptr);
     EXPECT_EQ(engine.initFlags, 3u);
-    EXPECT_STREQ(engine.installerPath, "kept");
+    EXPECT_STREQ(engine.installerPath, dir.file("package.bin").c_str());
     char line[64] = {};
     ASSERT_NE(fgets(line, sizeof(line), engine.logStream), nullptr);
     EXPECT_STREQ(line, "/opt/app/install.xml\n");

@@ -83,8 +83,12 @@ Entered enter(StageEngine& engine, ListingUI& ui, const std::string& xml, bool u
 {
     loadWizard(engine, ui, wizardWith(xml));
     ui.exchange = &engine;
-    if (uninstallRun)
-        engine.logStream = tmpfile();
+    if (uninstallRun) {
+        // An uninstall is a run on an open action log.
+        quilbtest::TempDir dir;
+        EXPECT_TRUE(quilbtest::writeFile(dir.file("install.log"), ""));
+        EXPECT_EQ(engine.Init(dir.file("install.log").c_str(), 0, 1), 0);
+    }
     engine.stateError = 0;
     int result = engine.SetDlgHelper(0, -1, &ui, *engine.GetDialogInfo(0, -1));
     return {result, ui.only({"ShowUIElements", "UpdateValidation", "List"})};

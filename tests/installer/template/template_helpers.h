@@ -18,7 +18,7 @@ struct LoadedTemplate {
     LoadedTemplate()
     {
         log.flags = 0;
-        installer->debugConsole = &log;
+        installer->InitDebugMode(&log, 0);
     }
 
     // Reads tests/data/installer/<name>; false when the file can't be read.

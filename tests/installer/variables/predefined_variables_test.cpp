@@ -8,6 +8,17 @@
 #include <gtest/gtest.h>
 
 #include "installer/variables/variables_helpers.h"
+#include "support/paths.h"
+
+namespace {
+
+// A front end that calls itself graphical.
+class GraphicalUI : public InstallerUI {
+public:
+    bool IsGUIInstaller() override { return true; }
+};
+
+} // namespace
 
 const char* const kProxyNames[] = {"HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY", "http_proxy", "https_proxy", "ftp_proxy", "no_proxy"};
 
@@ -28,9 +39,11 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
         {"WX_PORT", "linux_console"}, {"Operating_System", "linux"}, {"OS_HTTP_PROXY", "http://plain:8080"},
         {"OS_HTTPS_PROXY", "http://secure:8443"}, {"os_https_proxy", "http://plain:8080"},  // only the upper-case 'S' picks HTTPS
     };
+    quilbtest::TempDir dir;  // holds no package: Init keeps the path all the same
+    const std::string package = dir.path() + "/build//product.bin";
     for (const auto& c : cases) {
         ProbeInstaller installer;
-        strcpy(installer.installerPath, "/tmp/build//product.bin");
+        EXPECT_EQ(installer.Init(package.c_str(), 0, 0), -2) << "no package, only its path";
         installer.appendRecord(c.name, "record");
         char buffer[520];
         EXPECT_EQ(installer.GetVar(c.name, buffer, sizeof(buffer)), -2) << c.name;
@@ -42,7 +55,8 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
     unsetenv("TMPDIR");
 
     ProbeInstaller installer;
-    installer.guiInstall = true;
+    GraphicalUI gui;
+    installer.noteFrontEnd(gui);
     installer.frontEndPort = "linux_gtk";
     EXPECT_EQ(installer.value("GUI_INSTALL") + installer.value("WX_PORT"), "1linux_gtk");
     EXPECT_EQ(installer.value("TEMP_DIR") + installer.value("OS_HTTPS_PROXY"), "/tmp");

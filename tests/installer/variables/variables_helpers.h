@@ -11,7 +11,7 @@ public:
     ProbeInstaller()
     {
         log.flags = 0;
-        debugConsole = &log;
+        InitDebugMode(&log, 0);
     }
     int runShellStatus(const char* command) override { return lastCommand = command, ++shellRuns, shellStatus; }
 
