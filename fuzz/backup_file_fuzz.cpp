@@ -165,8 +165,8 @@ bool containerOf(const uint8_t* data, size_t size, const std::string& prefix, st
 class CheckingUI : public InstallerUI
 {
 public:
-    explicit CheckingUI(const std::string& prefix)
-        : prefix(prefix)
+    explicit CheckingUI(const std::string& pathPrefix)
+        : prefix(pathPrefix)
     {
     }
 

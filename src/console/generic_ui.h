@@ -11,7 +11,7 @@ public:
     GenericUI(int uninstall, int ignoreErrors);
     ~GenericUI() override;
 
-    void setExchange(InstallExchangeInfo* exchange) { this->exchange = exchange; }
+    void setExchange(InstallExchangeInfo* info) { exchange = info; }
     InstallExchangeInfo* getExchange() const { return exchange; }
     const InputProvider* getInput() const { return input; }
 

@@ -12,9 +12,9 @@ void ErrorMsg::destroy()
 {
     ErrorMsg* link = this;
     while (link && --link->refCount <= 0) {
-        ErrorMsg* next = link->next;
+        ErrorMsg* following = link->next;
         delete link;
-        link = next;
+        link = following;
     }
 }
 

@@ -6,9 +6,9 @@
 
 namespace TeskUtils {
 
-StringBuilder::StringBuilder(long blockSize, float growth)
-    : blockSize(blockSize < 16 ? 16 : blockSize),
-      growth(growth > 1.0f ? (growth > 1024.0f ? 1024.0f : growth) : 0.0f),
+StringBuilder::StringBuilder(long block, float factor)
+    : blockSize(block < 16 ? 16 : block),
+      growth(factor > 1.0f ? (factor > 1024.0f ? 1024.0f : factor) : 0.0f),
       capacity(0),
       length(0),
       buffer(nullptr)

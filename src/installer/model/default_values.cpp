@@ -116,8 +116,8 @@ namespace {
 // variable was known before the element, `current` is its value then.
 class ValueReader {
 public:
-    ValueReader(Installer& engine, const ValueElement& element, const char* current, bool exists)
-        : engine(engine), e(element), current(current), exists(exists)
+    ValueReader(Installer& owner, const ValueElement& element, const char* before, bool known)
+        : engine(owner), e(element), current(before), exists(known)
     {
     }
 

@@ -210,10 +210,10 @@ void seekRecords(FILE* stream)
 
 } // namespace ActionLog
 
-bool LineArray::read(FILE* f, int count)
+bool LineArray::read(FILE* f, int wanted)
 {
     free();
-    this->count = count;
+    count = wanted;
     if (count < 0)
         return false;
     lines = new (std::nothrow) char*[static_cast<size_t>(count)]();

@@ -234,13 +234,13 @@ TeskUtils::ErrorCode BackupFile::addFile(
     // The name is the path cut to the bound of its buffer (never more than a path buffer
     // holds), with its terminating NUL; an empty name is the NUL alone.
     const int bound = pathSize < TeskUtils::kPathSize ? pathSize : TeskUtils::kPathSize;
-    char name[TeskUtils::kPathSize] = "";
+    char fileName[TeskUtils::kPathSize] = "";
     int nameLength = 1;
     if (path && bound >= 1)
-        nameLength = static_cast<int>(TeskUtils::copyBounded(name, path, static_cast<size_t>(bound))) + 1;
-    assert(nameLength >= 1 && nameLength <= TeskUtils::kPathSize && name[nameLength - 1] == '\0');
+        nameLength = static_cast<int>(TeskUtils::copyBounded(fileName, path, static_cast<size_t>(bound))) + 1;
+    assert(nameLength >= 1 && nameLength <= TeskUtils::kPathSize && fileName[nameLength - 1] == '\0');
     int written = 0;
-    if (WritePascalStr(name, static_cast<unsigned short>(nameLength), written) != 0
+    if (WritePascalStr(fileName, static_cast<unsigned short>(nameLength), written) != 0
         || written != nameLength + 2)
         return abandon(ErrorCode(kWhere, -1, "Error writing file name"));
 
@@ -291,11 +291,11 @@ int BackupFile::unpackAll(PConsole& log, InstallerUI* ui)
         // The name. A zero length leaves the reader's buffer and size untouched, and a
         // short read leaves fewer bytes than the length: both are damage, like a name
         // too long for a path buffer.
-        char name[TeskUtils::kPathSize];
-        name[0] = '\0';
+        char fileName[TeskUtils::kPathSize];
+        fileName[0] = '\0';
         unsigned short nameLength = TeskUtils::kPathSize;
         int nameRead = 0;
-        if (ReadPascalStr1(name, nameLength, nameRead) != 0 || nameRead != nameLength + 2)
+        if (ReadPascalStr1(fileName, nameLength, nameRead) != 0 || nameRead != nameLength + 2)
             return -1;
         if (nameLength == 1) {
             if (ui)
@@ -321,7 +321,7 @@ int BackupFile::unpackAll(PConsole& log, InstallerUI* ui)
         uint32_t current = 0;
         {
             PFileStream present;
-            if (present.Open(name, static_cast<int>(AccessRead), 1, OpenExisting) == 0) {
+            if (present.Open(fileName, static_cast<int>(AccessRead), 1, OpenExisting) == 0) {
                 exists = true;
                 current = streamChecksum(present, present.Size());
             }
@@ -334,12 +334,12 @@ int BackupFile::unpackAll(PConsole& log, InstallerUI* ui)
             if (exists)
                 continue;
             PFileStream blank;
-            blank.Open(name, static_cast<int>(AccessWrite), 0, CreateAlways);
+            blank.Open(fileName, static_cast<int>(AccessWrite), 0, CreateAlways);
             if (ui) {
-                recordText(text, sizeof text, "Restore ", name);
+                recordText(text, sizeof text, "Restore ", fileName);
                 ui->EndDecompress(text, refresh);
             }
-            log.Dump("Zero saved size for %s; creating blank file", name);
+            log.Dump("Zero saved size for %s; creating blank file", fileName);
             continue;
         }
 
@@ -347,20 +347,20 @@ int BackupFile::unpackAll(PConsole& log, InstallerUI* ui)
             ui->StartDecompress();
         if (exists && current != saved) {
             // Changed since the installation: the user's file stays.
-            log.Dump("Saved check sum different than existing one for %s; skipping", name);
-            recordText(text, sizeof text, "Left ", name);
+            log.Dump("Saved check sum different than existing one for %s; skipping", fileName);
+            recordText(text, sizeof text, "Left ", fileName);
         } else {
             // Missing, or still what the installation wrote: the old content goes back. A
             // failure to open or to copy is not reported.
             PFileStream target;
-            if (target.Open(name, static_cast<int>(AccessWrite), 0, CreateAlways) == 0) {
+            if (target.Open(fileName, static_cast<int>(AccessWrite), 0, CreateAlways) == 0) {
                 long read = 0;
                 long written = 0;
                 StreamCopy(target, *this, static_cast<long>(size), read, written, kBlockSize);
                 target.Close();
             }
-            log.Dump("Restored %s", name);
-            recordText(text, sizeof text, "Restore ", name);
+            log.Dump("Restored %s", fileName);
+            recordText(text, sizeof text, "Restore ", fileName);
         }
         // The next record begins behind the stored content, however far the copy came.
         if (Seek(contentEnd) != 0)

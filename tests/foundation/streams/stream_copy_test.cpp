@@ -19,21 +19,21 @@ public:
     int calls = 0;
     std::vector<int> requests;
 
-    int Write(const void*, int size, int& written) override
+    int Write(const void*, int count, int& written) override
     {
         written = 0;
         if (++calls == failOnCall)
             return failCode;
-        written = size < writeLimit ? size : writeLimit;
+        written = count < writeLimit ? count : writeLimit;
         return 0;
     }
-    int Read(void*, int size, int& read) override
+    int Read(void*, int count, int& read) override
     {
         read = 0;
-        requests.push_back(size);
+        requests.push_back(count);
         if (++calls == failOnCall)
             return failCode;
-        read = size < available ? size : int(available);
+        read = count < available ? count : int(available);
         available -= read;
         return 0;
     }

@@ -64,7 +64,7 @@ TEST_P(ParseTable, GivesNodeTree)
 }
 
 INSTANTIATE_TEST_SUITE_P(Xml, ParseTable, ::testing::ValuesIn(kParseCases),
-                         [](const ::testing::TestParamInfo<ParseCase>& info) { return std::string(info.param.name); });
+                         [](const ::testing::TestParamInfo<ParseCase>& row) { return std::string(row.param.name); });
 
 TEST(XmlParse, SecondParseAppendsAtTopLevel)
 {

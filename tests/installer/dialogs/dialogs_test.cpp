@@ -288,7 +288,7 @@ TEST(Dialogs, MalformedElementsCostAWarningAtMost)
 // A condition object that counts its destruction.
 class ProbeCondition : public DlgCondition {
 public:
-    explicit ProbeCondition(int* destroyed) : destroyed(destroyed) {}
+    explicit ProbeCondition(int* counter) : destroyed(counter) {}
     ~ProbeCondition() override { ++*destroyed; }
     bool Eval(Installer*, InstallerUI*) override { return true; }
 

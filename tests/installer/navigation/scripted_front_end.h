@@ -154,7 +154,7 @@ inline void startOnWelcome(TestEngine& engine, ScriptedUI& ui, const std::map<st
 // A condition object that answers from a list, the last answer repeating.
 class ScriptedCondition : public DlgCondition {
 public:
-    explicit ScriptedCondition(std::vector<bool> answers) : answers(std::move(answers)) {}
+    explicit ScriptedCondition(std::vector<bool> script) : answers(std::move(script)) {}
     bool Eval(Installer*, InstallerUI*) override { return answers[asked < answers.size() ? asked++ : asked - 1]; }
     std::vector<bool> answers;
     size_t asked = 0;
