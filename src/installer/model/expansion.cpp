@@ -12,7 +12,7 @@
 #include <cstring>
 
 #include "foundation/streams/pconsole.h"
-#include "foundation/strings/tesk_utils.h"
+#include "foundation/strings/char_string.h"
 #include "installer/installer.h"
 
 namespace {

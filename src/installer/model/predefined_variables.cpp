@@ -19,8 +19,9 @@
 #include "foundation/misc/process_list.h"
 #include "foundation/misc/proxy_config.h"
 #include "foundation/streams/pconsole.h"
+#include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/error_code.h"
 #include "foundation/strings/path_size.h"
-#include "foundation/strings/tesk_utils.h"
 #include "installer/installer.h"
 
 namespace {

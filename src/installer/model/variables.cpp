@@ -8,7 +8,9 @@
 #include <strings.h>
 
 #include "foundation/streams/pconsole.h"
-#include "foundation/strings/tesk_utils.h"
+#include "foundation/strings/bounded_copy.h"
+#include "foundation/strings/portable.h"
+#include "foundation/strings/table.h"
 #include "foundation/strings/tokenize.h"
 #include "installer/installer.h"
 
