@@ -19,9 +19,8 @@
 #include <glob.h>
 #include <strings.h>
 
-#ifndef QUILB_REVISION
-#define QUILB_REVISION "unknown"
-#endif
+// QUILB_REVISION, the source revision, written at build time by src/console/revision.cmake.
+#include "quilb_revision.h"
 
 namespace {
 
