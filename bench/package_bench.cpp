@@ -78,8 +78,8 @@ std::string makeContent(size_t size, int kind, unsigned seed)
 {
     std::string out(size, '\0');
     uint64_t x = seed * 0x9E3779B97F4A7C15ull + 1;
-    static const char* words[] = {"install ", "package ", "return ", "if (", "} else {\n", "int ", "const char* ",
-                                  "for (int i = 0; ", "// comment\n", "std::string ", "0x", "1234", ";\n    "};
+    static const char* words[] = { "install ", "package ", "return ", "if (", "} else {\n", "int ",
+        "const char* ", "for (int i = 0; ", "// comment\n", "std::string ", "0x", "1234", ";\n    " };
     size_t i = 0;
     while (i < size) {
         x ^= x << 13;
@@ -157,7 +157,10 @@ int main(int argc, char** argv)
     std::string templateText = "<QuilbGroupInstallation><Installation><FileSet Name=\"All\">\n";
     size_t total = 0, target = static_cast<size_t>(megabytes) << 20;
     for (int n = 0; total < target; ++n) {
-        size_t size = n % 5 == 0 ? (24u << 20) : n % 5 == 1 ? (3u << 20) + n * 7919 : n % 5 == 2 ? 40000u + n : (9u << 20) + n;
+        size_t size = n % 5 == 0 ? (24u << 20)
+            : n % 5 == 1         ? (3u << 20) + n * 7919
+            : n % 5 == 2         ? 40000u + n
+                                 : (9u << 20) + n;
         if (size > target - total)
             size = target - total;
         std::string name = "payload/file" + std::to_string(n) + ".dat";
@@ -176,10 +179,15 @@ int main(int argc, char** argv)
     const std::string package = dir + "/product.pkg", installer = dir + "/setup.bin";
     double packTime = seconds([&] { run(pack + " package -t " + dir + "/install.xml -o " + package); }, 1);
     double installerTime = seconds(
-        [&] { run(pack + " installer -p " + package + " --launcher " + dir + "/launcher --frontend-dir " + dir + " -o " + installer + " 2>/dev/null"); }, 1);
-    const double packageMb = fileSize(package) / double(1 << 20), installerMb = fileSize(installer) / double(1 << 20);
-    std::printf("content %.1f MB, package %.1f MB (%.1f%%), installer %.1f MB\n\n", mb, packageMb, 100 * packageMb / mb,
-                installerMb);
+        [&] {
+            run(pack + " installer -p " + package + " --launcher " + dir + "/launcher --frontend-dir " + dir
+                + " -o " + installer + " 2>/dev/null");
+        },
+        1);
+    const double packageMb = fileSize(package) / double(1 << 20),
+                 installerMb = fileSize(installer) / double(1 << 20);
+    std::printf("content %.1f MB, package %.1f MB (%.1f%%), installer %.1f MB\n\n", mb, packageMb,
+        100 * packageMb / mb, installerMb);
 
     // Verification against md5sum, both on a warm page cache.
     int verified = 0;
@@ -271,24 +279,27 @@ int main(int argc, char** argv)
     });
 
     std::printf("%-34s %9s %10s %s\n", "operation", "time (s)", "MB/s", "");
-    std::printf("%-34s %9.3f %10.1f  result %d; %.2fx md5sum\n", "verifyFileMD5Checksum (installer)", verifyTime,
-                installerMb / verifyTime, verified, md5sumTime / verifyTime);
+    std::printf("%-34s %9.3f %10.1f  result %d; %.2fx md5sum\n", "verifyFileMD5Checksum (installer)",
+        verifyTime, installerMb / verifyTime, verified, md5sumTime / verifyTime);
     std::printf("%-34s %9.3f %10.1f\n", "md5sum (installer)", md5sumTime, installerMb / md5sumTime);
-    std::printf("%-34s %9.3f %10.1f  result %d; %.2fx zlib (reused block), %.2fx gzip -dc\n", "Init (read + inflate)", initTime,
-                streamMb / initTime, initCode, zlibTime / initTime, gzipTime / initTime);
-    std::printf("%-34s %9.3f %10.1f  %.2fx zlib into a fresh block\n", "decompressData (container in memory)", solidTime,
-                streamMb / solidTime, zlibFreshTime / solidTime);
-    std::printf("%-34s %9.3f %10.1f\n", "zlib uncompress, 1 thread, fresh", zlibFreshTime, streamMb / zlibFreshTime);
+    std::printf("%-34s %9.3f %10.1f  result %d; %.2fx zlib (reused block), %.2fx gzip -dc\n",
+        "Init (read + inflate)", initTime, streamMb / initTime, initCode, zlibTime / initTime,
+        gzipTime / initTime);
+    std::printf("%-34s %9.3f %10.1f  %.2fx zlib into a fresh block\n", "decompressData (container in memory)",
+        solidTime, streamMb / solidTime, zlibFreshTime / solidTime);
+    std::printf(
+        "%-34s %9.3f %10.1f\n", "zlib uncompress, 1 thread, fresh", zlibFreshTime, streamMb / zlibFreshTime);
     std::printf("%-34s %9.3f %10.1f\n", "zlib uncompress, 1 thread, reused", zlibTime, streamMb / zlibTime);
     std::printf("%-34s %9.3f %10.1f\n", "gzip -dc (same stream)", gzipTime, streamMb / gzipTime);
     std::printf("%-34s %9.3f %10.1f  %ld files, %.1f MB\n", "Decompress of every alias", decompressTime,
-                copied / double(1 << 20) / decompressTime, files, copied / double(1 << 20));
+        copied / double(1 << 20) / decompressTime, files, copied / double(1 << 20));
     std::printf("%-34s %9.3f %10.1f  (content MB/s)\n", "quilb_pack package", packTime, mb / packTime);
     std::printf("%-34s %9.3f %10.1f\n", "quilb_pack installer", installerTime, installerMb / installerTime);
     double expectedMb = packageMb + streamMb + largestChunk / double(1 << 20);
-    std::printf("\npeak memory of Init: %.1f MB above an idle process (%.1f MB total); compressed + uncompressed + "
-                "largest chunk = %.1f MB\n",
-                (initKb - idleKb) / 1024.0, initKb / 1024.0, expectedMb);
+    std::printf(
+        "\npeak memory of Init: %.1f MB above an idle process (%.1f MB total); compressed + uncompressed + "
+        "largest chunk = %.1f MB\n",
+        (initKb - idleKb) / 1024.0, initKb / 1024.0, expectedMb);
 
     if (!keep)
         run("rm -rf " + dir);

@@ -25,7 +25,8 @@ void check(bool condition, const char* what)
 }
 
 // The private directory of this process, removed with its files at exit.
-struct ScratchDir {
+struct ScratchDir
+{
     std::string path;
     ScratchDir()
     {
@@ -46,12 +47,13 @@ struct ScratchDir {
 
 // The fuzz engine with its template naming `logPath` as the action log; "$NAME" variables
 // of the input are dropped, so that runs don't fill the process environment.
-class LogEngine : public FuzzEngine {
+class LogEngine : public FuzzEngine
+{
 public:
     explicit LogEngine(const std::string& logPath)
     {
-        std::string text = "<QuilbGroupInstallation><Installation><Uninstall><InstallLogFile>" + logPath +
-                           "</InstallLogFile></Uninstall></Installation></QuilbGroupInstallation>";
+        std::string text = "<QuilbGroupInstallation><Installation><Uninstall><InstallLogFile>" + logPath
+            + "</InstallLogFile></Uninstall></Installation></QuilbGroupInstallation>";
         std::vector<char> buffer(text.c_str(), text.c_str() + text.size() + 1);
         templateXml.ParseTag(buffer.data());
     }
@@ -97,7 +99,8 @@ void checkGetLogFileVar(Installer& engine, const std::string& path, const char* 
     memset(out, 'z', sizeof out);
     bool found = engine.getLogFileVar(path.c_str(), name, out, size);
     if (found && size > 0)
-        check(strnlen(out, static_cast<size_t>(size)) < static_cast<size_t>(size), "value not terminated in its buffer");
+        check(strnlen(out, static_cast<size_t>(size)) < static_cast<size_t>(size),
+            "value not terminated in its buffer");
     else
         check(out[0] == 'z', "value copied without being found");
     if (size < static_cast<int>(sizeof out))
@@ -116,7 +119,8 @@ void walkRecords(const std::string& path)
         check(length == 0 || !isspace(static_cast<unsigned char>(line[length - 1])), "trailing space kept");
         ActionLog::RecordKind kind = ActionLog::recordKind(line);
         const char* text = ActionLog::recordText(line, kind);
-        check(within(text, line) && (kind != ActionLog::RecordUnknown || text == line), "record text outside");
+        check(
+            within(text, line) && (kind != ActionLog::RecordUnknown || text == line), "record text outside");
         int count = -1;
         const char* rest = nullptr;
         bool over = false;
@@ -141,7 +145,8 @@ void readLines(const std::string& path, int count)
     for (int i = 0; i < count; ++i) {
         check(!complete || lines.lines[i], "entry missing after a complete read");
         if (lines.lines[i])
-            check(strlen(lines.lines[i]) < ActionLog::kLineArrayReadSize && !strchr(lines.lines[i], '\n'), "line");
+            check(strlen(lines.lines[i]) < ActionLog::kLineArrayReadSize && !strchr(lines.lines[i], '\n'),
+                "line");
     }
     fclose(stream);
 }
@@ -192,7 +197,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         check(readAll(path) == input, "failed rewrite changed the log");
     } else {
         check(input.find("NUMVARS") != std::string::npos, "rewrite without a block");
-        check(readAll(path).find("NUMVARS\t" + std::to_string(kept) + "\r\n") != std::string::npos, "new count line");
+        check(readAll(path).find("NUMVARS\t" + std::to_string(kept) + "\r\n") != std::string::npos,
+            "new count line");
     }
     unlink(path.c_str());
     return 0;

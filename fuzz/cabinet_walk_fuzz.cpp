@@ -36,7 +36,8 @@ void check(bool condition, const char* what)
 }
 
 // The private directory of this process, removed with its file at exit.
-struct ScratchDir {
+struct ScratchDir
+{
     std::string path;
     ScratchDir()
     {
@@ -97,7 +98,8 @@ bool contentTooLarge(const CabinetFile& file)
     return static_cast<uint32_t>(file.size) > kLargestContent;
 }
 
-struct Taken {
+struct Taken
+{
     int code;
     int size;
     std::string content;
@@ -109,11 +111,11 @@ Taken taken(int code, int size, const TeskUtils::PtrArray<unsigned char>& out)
     check(code == 0 || code == -1, "Decompress result");
     if (code != 0) {
         check(size == 0, "size not 0 after a failure");
-        return {code, size, ""};
+        return { code, size, "" };
     }
     check(size >= 0 && out.size() > size, "content array shorter than the size and its NUL");
     check(out[size] == 0, "no NUL behind the content");
-    return {code, size, std::string(reinterpret_cast<const char*>(out.get()), static_cast<size_t>(size))};
+    return { code, size, std::string(reinterpret_cast<const char*>(out.get()), static_cast<size_t>(size)) };
 }
 
 void checkTable(const Installer& engine)
@@ -124,8 +126,9 @@ void checkTable(const Installer& engine)
         const CabinetFile& file = engine.cabinetFiles[i];
         check(file.tag == kCabinetFileTag, "record of another kind in the table");
         check(file.offset <= block && block - file.offset >= static_cast<uint64_t>(kCabinetRecordHeaderSize),
-              "record header outside the block");
-        check(block - file.offset - kCabinetRecordHeaderSize >= file.storedSize, "stored bytes outside the block");
+            "record header outside the block");
+        check(block - file.offset - kCabinetRecordHeaderSize >= file.storedSize,
+            "stored bytes outside the block");
         check(strnlen(file.name, sizeof file.name) < sizeof file.name, "name not terminated");
         check(strnlen(file.alias, sizeof file.alias) < sizeof file.alias, "alias not terminated");
     }
@@ -155,10 +158,10 @@ void takeRecords(const Installer& engine, bool loaded)
                 // The stored bytes, cut to the size or filled up to it with zeros.
                 const unsigned char* stored = engine.cabinetData + file.offset + kCabinetRecordHeaderSize;
                 const size_t copied = file.storedSize < static_cast<uint64_t>(byIndex.size)
-                                        ? static_cast<size_t>(file.storedSize)
-                                        : static_cast<size_t>(byIndex.size);
+                    ? static_cast<size_t>(file.storedSize)
+                    : static_cast<size_t>(byIndex.size);
                 check(byIndex.content.compare(0, copied, reinterpret_cast<const char*>(stored), copied) == 0,
-                      "content not the stored bytes");
+                    "content not the stored bytes");
                 check(byIndex.content.find_first_not_of('\0', copied) == std::string::npos, "fill not zeros");
             }
         }
@@ -173,13 +176,14 @@ void takeRecords(const Installer& engine, bool loaded)
         code = engine.Decompress(file.alias, size, out, nullptr);
         const Taken byAlias = taken(code, size, out);
         if (last == i)
-            check(byAlias.code == byIndex.code && byAlias.content == byIndex.content, "alias gives another content");
+            check(byAlias.code == byIndex.code && byAlias.content == byIndex.content,
+                "alias gives another content");
         size = -7;
         TeskUtils::PtrArray<unsigned char> data = engine.GetAliasData(file.alias, size);
         if (byAlias.code == 0) {
             check(size == byAlias.size && data.size() > size && data[size] == 0, "GetAliasData size");
             check(std::memcmp(data.get(), byAlias.content.data(), byAlias.content.size()) == 0,
-                  "GetAliasData content");
+                "GetAliasData content");
         } else {
             check(size == 0 && data.isNull(), "GetAliasData after a failure");
         }
@@ -206,7 +210,8 @@ std::string solidPackage(const uint8_t* data, size_t size)
     const uLong bodySize = static_cast<uLong>(size - kCabinetHeaderSize);
     std::vector<Bytef> packed(compressBound(bodySize));
     uLongf packedSize = packed.size();
-    check(compress2(packed.data(), &packedSize, data + kCabinetHeaderSize, bodySize, 1) == Z_OK, "compress2 failed");
+    check(compress2(packed.data(), &packedSize, data + kCabinetHeaderSize, bodySize, 1) == Z_OK,
+        "compress2 failed");
 
     std::string package(reinterpret_cast<const char*>(data), kCabinetHeaderSize);
     auto put = [&package](uint64_t value, int bytes) {
@@ -229,12 +234,12 @@ std::string solidPackage(const uint8_t* data, size_t size)
 int walk(const std::string& path, const std::string& package)
 {
     check(writeAll(path, reinterpret_cast<const uint8_t*>(package.data()), package.size()),
-          "package can't be written");
+        "package can't be written");
     FuzzEngine engine;
     const int result = engine.Init(path.c_str(), 0, 0);
     check(result == 0 || result == -4 || (result <= -5 && result >= -8) || result == -11
-              || (result <= -21 && result >= -29),
-          "Init result");
+            || (result <= -21 && result >= -29),
+        "Init result");
     if (result == 0)
         checkTable(engine);
     else

@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     check(engine.EvalCondition(condition) == result, "evaluation is not repeatable");
     check(engine.conditionBuffer.capacity % ConditionBuffer::STEP == 0, "buffer not in steps");
     check(engine.ExpandString(condition, nullptr, 0, false) <= engine.conditionBuffer.capacity,
-          "buffer smaller than the expansion");
+        "buffer smaller than the expansion");
 
     int pos = 0;
     int top = ConditionParser::alternatives(condition, pos);

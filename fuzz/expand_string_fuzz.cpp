@@ -45,7 +45,8 @@ void checkExpansion(FuzzEngine& engine, const char* text, bool strict)
 
     char small[5];
     memset(small, '#', sizeof(small));
-    check(engine.ExpandString(text, small, sizeof(small), strict) == result, "small buffer changes the count");
+    check(
+        engine.ExpandString(text, small, sizeof(small), strict) == result, "small buffer changes the count");
     check(memchr(small, 0, sizeof(small)) != nullptr, "small buffer unterminated");
     check(strncmp(small, full.c_str(), sizeof(small) - 1) == 0, "small buffer is not the start");
 
@@ -68,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     checkExpansion(engine, text.c_str(), true);
 
     // The same text as a recalculation expression, into buffers of several sizes.
-    for (int limit : {1, 7, 520, 1024}) {
+    for (int limit : { 1, 7, 520, 1024 }) {
         std::string out(static_cast<size_t>(limit) + 1, '#');
         out[static_cast<size_t>(limit)] = '@';
         int ok = engine.expandVariables(text.c_str(), &out[0], limit);

@@ -22,8 +22,7 @@ void check(bool condition, const char* what)
     }
 }
 
-template <size_t N>
-void checkTerminated(const char (&field)[N], const char* what)
+template <size_t N> void checkTerminated(const char (&field)[N], const char* what)
 {
     check(strnlen(field, N) < N, what);
 }

@@ -16,7 +16,8 @@
 #include "foundation/streams/pconsole.h"
 #include "installer/installer.h"
 
-class DropConsole : public PConsole {
+class DropConsole : public PConsole
+{
 public:
     void Write(const char* text, int size) override
     {
@@ -26,7 +27,8 @@ public:
     long written = 0;
 };
 
-class FuzzEngine : public Installer {
+class FuzzEngine : public Installer
+{
 public:
     FuzzEngine() { debugConsole = &console; }
     int runShellStatus(const char* command) override { return command && command[0] == 'r' ? 0 : 256; }

@@ -30,8 +30,8 @@ bool plainName(const char* name)
         return false;
     for (const char* p = name; *p; ++p) {
         char c = *p;
-        bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-                  c == '-' || c == '.' || c == ':';
+        bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'
+            || c == '-' || c == '.' || c == ':';
         if (!ok)
             return false;
     }
@@ -77,7 +77,7 @@ void checkShape(const PXML& xml)
         check(strchr(node->name, '/') == nullptr, "slash in a tag name");
         if (node->data)
             check((int)strlen(node->data) == node->dataLength || (node->dataLength == 1 && !*node->data),
-                  "dataLength does not match data");
+                "dataLength does not match data");
     }
 }
 
@@ -88,16 +88,17 @@ void checkLookups(PXML& xml)
         int first = xml.FindTag(name, -1);
         check(first >= 0 && first <= i, "FindTag misses a node");
         int child = xml.FindChild(xml.GetParent(i), name, -1);
-        check(child >= 0 && child <= i && xml.GetParent(child) == xml.GetParent(i), "FindChild misses a node");
+        check(
+            child >= 0 && child <= i && xml.GetParent(child) == xml.GetParent(i), "FindChild misses a node");
 
         const PStrPairList* attrs = xml.GetAttrs(i);
         PStrPairList copy;
         copy.copy(*attrs);
         check(copy.Count() == attrs->Count(), "copied attribute list differs in count");
         for (int a = 0; a < attrs->Count(); ++a) {
-            check(strcmp(copy[a].name, (*attrs)[a].name) == 0 && strcmp(copy[a].value, (*attrs)[a].value) == 0 &&
-                      copy[a].value != (*attrs)[a].value,
-                  "copied attribute list is no deep copy");
+            check(strcmp(copy[a].name, (*attrs)[a].name) == 0 && strcmp(copy[a].value, (*attrs)[a].value) == 0
+                    && copy[a].value != (*attrs)[a].value,
+                "copied attribute list is no deep copy");
             const char* value = xml.ParVal(i, (*attrs)[a].name);
             int lastSame = a;
             for (int b = a + 1; b < attrs->Count(); ++b)
@@ -115,8 +116,9 @@ void checkLookups(PXML& xml)
         PList<int> trail;
         int loose = xml.FindFullTag(path.c_str(), -1, &trail);
         if (loose >= 0)
-            check(trail.Count() > 0 && trail[trail.Count() - 1] == loose && strcmp(xml.GetName(loose), name) == 0,
-                  "FindFullTag result does not end its trail");
+            check(trail.Count() > 0 && trail[trail.Count() - 1] == loose
+                    && strcmp(xml.GetName(loose), name) == 0,
+                "FindFullTag result does not end its trail");
         for (int t = 0; t < trail.Count(); ++t)
             check(xml.GetParent(trail[t]) == (t == 0 ? -1 : trail[t - 1]), "FindFullTag trail is no chain");
         // Passing the hit on gives a later sibling of the same name or nothing.

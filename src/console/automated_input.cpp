@@ -7,7 +7,8 @@
 #include <cstdio>
 #include <sys/stat.h>
 
-Automated::Automated(const char* file, bool isUninstall) : uninstall(isUninstall)
+Automated::Automated(const char* file, bool isUninstall)
+    : uninstall(isUninstall)
 {
     TeskUtils::copyBounded(path, file, sizeof path);
 }
@@ -23,15 +24,16 @@ bool Automated::init()
     }
     PXML document;
     if (document.ParseFile(path) != 0 || document.FindTag("DefValues", -1) < 0) {
-        printf("The file \"%s\" is not a propper XML installation config file. The installation can not continue!\n",
-               path);
+        printf("The file \"%s\" is not a propper XML installation config file. The installation can not "
+               "continue!\n",
+            path);
         return false;
     }
     return true;
 }
 
-bool Automated::get_line(const char* text, char* buffer, int size, const char* current, const char* def,
-                         bool echo) const
+bool Automated::get_line(
+    const char* text, char* buffer, int size, const char* current, const char* def, bool echo) const
 {
     (void)text;
     (void)def;
@@ -42,8 +44,8 @@ bool Automated::get_line(const char* text, char* buffer, int size, const char* c
     return true;
 }
 
-int Automated::question(const char* text, int def, const char* first, const char* second, bool caseSensitive,
-                        bool prefix) const
+int Automated::question(
+    const char* text, int def, const char* first, const char* second, bool caseSensitive, bool prefix) const
 {
     (void)text;
     (void)first;
@@ -53,8 +55,8 @@ int Automated::question(const char* text, int def, const char* first, const char
     return def;
 }
 
-int Automated::multiplechoice(const char* text, int def, const char* const* choices, int count,
-                              const bool* enabled) const
+int Automated::multiplechoice(
+    const char* text, int def, const char* const* choices, int count, const bool* enabled) const
 {
     (void)text;
     (void)choices;

@@ -62,22 +62,26 @@ ConsoleField* ConsoleField::create(int type)
     }
 }
 
-bool DirectoryField::evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
+bool DirectoryField::evaluate(
+    FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
 {
     return askText(field, input, exchange, Path);
 }
 
-bool PlainTextField::evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
+bool PlainTextField::evaluate(
+    FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
 {
     return askText(field, input, exchange, Plain);
 }
 
-bool PasswordField::evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
+bool PasswordField::evaluate(
+    FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
 {
     return askText(field, input, exchange, Secret);
 }
 
-bool CheckboxField::evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
+bool CheckboxField::evaluate(
+    FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
 {
     if (!exchange.EvalCondition(field.condition))
         return false;

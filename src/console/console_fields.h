@@ -8,42 +8,49 @@ class InstallExchangeInfo;
 
 namespace ConsoleInterface {
 
-class ConsoleField {
+class ConsoleField
+{
 public:
-    virtual ~ConsoleField() {}
+    virtual ~ConsoleField() { }
     // Asks for `field` when its condition holds; true when it was asked.
-    virtual bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange) = 0;
+    virtual bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange)
+        = 0;
 
     // The field for a field type; null for the types the console passes over.
     static ConsoleField* create(int type);
 };
 
 // A directory: the answer is a path and gets its delimiters corrected.
-class DirectoryField : public ConsoleField {
+class DirectoryField : public ConsoleField
+{
 public:
     bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange) override;
 };
 
 // Yes or no, stored as "0" or "1".
-class CheckboxField : public ConsoleField {
+class CheckboxField : public ConsoleField
+{
 public:
     bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange) override;
 };
 
 // One of the choices of `Content`, stored as its index.
-class RadioField : public ConsoleField {
+class RadioField : public ConsoleField
+{
 public:
     bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange) override;
 };
 
 // A line of text, trimmed.
-class PlainTextField : public ConsoleField {
+class PlainTextField : public ConsoleField
+{
 public:
     bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange) override;
 };
 
 // A line of text read without echo, kept as typed.
-class PasswordField : public ConsoleField {
+class PasswordField : public ConsoleField
+{
 public:
     bool evaluate(FIELDINFO const& field, InputProvider const& input, InstallExchangeInfo& exchange) override;
 };

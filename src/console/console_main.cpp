@@ -158,8 +158,7 @@ int SearchAndAskForBinFile(char* path, int size)
         }
         // Drop the rest of the line, so that the next question doesn't take it as its answer.
         int c;
-        while ((c = getchar()) != EOF && c != '\n') {
-        }
+        while ((c = getchar()) != EOF && c != '\n') { }
         if (read == 1 && choice >= 1 && choice <= count + 1)
             break;
         printf("Please, enter a number in [%d - %d]: ", 1, count + 1);
@@ -201,7 +200,7 @@ int InitializeDebugConsole(PFileConsole& console, int level)
         localtime_r(&now, &local);
         char stamp[64];
         snprintf(stamp, sizeof stamp, "_%04d_%02d_%02d_%02d_%02d", local.tm_year + 1900, local.tm_mon + 1,
-                 local.tm_mday, local.tm_hour, local.tm_min);
+            local.tm_mday, local.tm_hour, local.tm_min);
         TeskUtils::appendBounded(name, stamp, sizeof name);
         if (level >= 3) {
             snprintf(stamp, sizeof stamp, "_%02d", local.tm_sec);

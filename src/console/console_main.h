@@ -6,24 +6,25 @@
 class PFileConsole;
 
 // What the command line said. Texts are cut at 519 characters.
-struct ConsoleOptions {
-    char bin[TeskUtils::kPathSize] = "";           // -bin=
-    char uninstallApp[TeskUtils::kPathSize] = "";  // -uninstallApp=, -uninstallapp=
-    char log[TeskUtils::kPathSize] = "";           // -log=
-    char configFile[TeskUtils::kPathSize] = "";    // -configFile=, -fromFile=
-    bool uninstall = false;       // started as an uninstaller, or with -uninstallApp= / -log=
-    bool autoRun = false;         // -auto
-    int gui = 0;                  // -gui, -gui=n
-    int quiet = 0;                // -quiet, -quiet=n
-    bool quietGiven = false;      // -quiet=n stood on the command line
-    int ignoreErrors = 0;         // -ignoreErrors=n
-    int debug = 0;                // -debug, -debug=n
-    int backup = 0;               // -backup, -backup=n
-    bool verbose = false;         // --verbose
-    bool child = false;           // -child: this is the elevated copy
-    bool testRun = false;         // -testRun
-    bool dpi = false;             // -dpi
-    bool noDpi = false;           // -nodpi
+struct ConsoleOptions
+{
+    char bin[TeskUtils::kPathSize] = ""; // -bin=
+    char uninstallApp[TeskUtils::kPathSize] = ""; // -uninstallApp=, -uninstallapp=
+    char log[TeskUtils::kPathSize] = ""; // -log=
+    char configFile[TeskUtils::kPathSize] = ""; // -configFile=, -fromFile=
+    bool uninstall = false; // started as an uninstaller, or with -uninstallApp= / -log=
+    bool autoRun = false; // -auto
+    int gui = 0; // -gui, -gui=n
+    int quiet = 0; // -quiet, -quiet=n
+    bool quietGiven = false; // -quiet=n stood on the command line
+    int ignoreErrors = 0; // -ignoreErrors=n
+    int debug = 0; // -debug, -debug=n
+    int backup = 0; // -backup, -backup=n
+    bool verbose = false; // --verbose
+    bool child = false; // -child: this is the elevated copy
+    bool testRun = false; // -testRun
+    bool dpi = false; // -dpi
+    bool noDpi = false; // -nodpi
 };
 
 // Reads the command line into `options`. Gives 0 when the run can go on (also for

@@ -14,8 +14,14 @@
 #include <unistd.h>
 
 ConsoleUI::ConsoleUI(int uninstallFlag, int ignoreErrorsFlag, int quietFlag)
-    : GenericUI(uninstallFlag, ignoreErrorsFlag), progressLine(false), quiet(quietFlag), lastPercent(-1),
-      pageBuffer(4096, 1.618f), shownDlg(-1), shownSub(-2), shownCount(0)
+    : GenericUI(uninstallFlag, ignoreErrorsFlag)
+    , progressLine(false)
+    , quiet(quietFlag)
+    , lastPercent(-1)
+    , pageBuffer(4096, 1.618f)
+    , shownDlg(-1)
+    , shownSub(-2)
+    , shownCount(0)
 {
     destination[0] = '\0';
 }
@@ -292,7 +298,7 @@ void ConsoleUI::SetCurrentProgress(int percent)
     size_t length = strlen(shown);
     const size_t room = 69;
     printf("\r%3d%% %s%-*.*s", percent, length > room ? "..." : "", static_cast<int>(room),
-           static_cast<int>(room), length > room ? shown + length - room + 3 : shown);
+        static_cast<int>(room), length > room ? shown + length - room + 3 : shown);
     fflush(stdout);
 }
 

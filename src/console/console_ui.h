@@ -4,7 +4,8 @@
 #include "console/generic_ui.h"
 #include "foundation/strings/string_builder.h"
 
-class ConsoleUI : public GenericUI {
+class ConsoleUI : public GenericUI
+{
 public:
     ConsoleUI(int uninstall, int ignoreErrors, int quiet);
 

@@ -12,13 +12,17 @@ namespace {
 
 bool isAddress(const char* text)
 {
-    return strncmp(text, "http://", 7) == 0 || strncmp(text, "https://", 8) == 0 || strncmp(text, "ftp://", 6) == 0;
+    return strncmp(text, "http://", 7) == 0 || strncmp(text, "https://", 8) == 0
+        || strncmp(text, "ftp://", 6) == 0;
 }
 
 } // namespace
 
 GenericUI::GenericUI(int uninstallFlag, int ignoreErrorsFlag)
-    : input(nullptr), uninstall(uninstallFlag), ignoreErrors(ignoreErrorsFlag), exchange(nullptr)
+    : input(nullptr)
+    , uninstall(uninstallFlag)
+    , ignoreErrors(ignoreErrorsFlag)
+    , exchange(nullptr)
 {
 }
 

@@ -6,7 +6,8 @@
 class InputProvider;
 class InstallExchangeInfo;
 
-class GenericUI : public InstallerUI {
+class GenericUI : public InstallerUI
+{
 public:
     GenericUI(int uninstall, int ignoreErrors);
     ~GenericUI() override;
@@ -25,7 +26,7 @@ public:
     void init_input(const char* text, bool& automated) override;
     // Fatal errors are shown where the front end has a place for them; the console has none.
     void setErrorMessage(const char* text, const char* title) override;
-    void showErrorMessage() override {}
+    void showErrorMessage() override { }
 
 protected:
     // Replaces the input provider, taking ownership.

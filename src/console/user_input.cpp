@@ -38,8 +38,7 @@ bool User::readLine(char* buffer, int size) const
     } else {
         // The line was longer than the buffer: drop the rest of it.
         int c;
-        while ((c = getchar()) != EOF && c != '\n') {
-        }
+        while ((c = getchar()) != EOF && c != '\n') { }
     }
     if (length > 0 && buffer[length - 1] == '\r')
         buffer[length - 1] = '\0';
@@ -91,8 +90,8 @@ bool User::readHidden(char* buffer, int size) const
     return ok;
 }
 
-bool User::get_line(const char* text, char* buffer, int size, const char* current, const char* def,
-                    bool echo) const
+bool User::get_line(
+    const char* text, char* buffer, int size, const char* current, const char* def, bool echo) const
 {
     if (!buffer || size < 1)
         return false;
@@ -115,8 +114,8 @@ bool User::get_line(const char* text, char* buffer, int size, const char* curren
     return !isInterrupted();
 }
 
-int User::question(const char* text, int def, const char* first, const char* second, bool caseSensitive,
-                   bool prefix) const
+int User::question(
+    const char* text, int def, const char* first, const char* second, bool caseSensitive, bool prefix) const
 {
     printf("%s (", text ? text : "");
     if (def == 0)
@@ -140,8 +139,8 @@ int User::question(const char* text, int def, const char* first, const char* sec
     }
 }
 
-int User::multiplechoice(const char* text, int def, const char* const* choices, int count,
-                         const bool* enabled) const
+int User::multiplechoice(
+    const char* text, int def, const char* const* choices, int count, const bool* enabled) const
 {
     if (def < 0 || def >= count || (enabled && !enabled[def]))
         def = -1;

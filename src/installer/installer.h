@@ -13,24 +13,25 @@
 #include "foundation/strings/table.h"
 #include "package/cabinet_format.h"
 
-#include <cstdio>
 #include "installer/model/condition_parser.h"
 #include "installer/model/variable_record.h"
+#include <cstdio>
 
 class PConsole;
 class CLParser;
 class BackupFile;
 
+#include "foundation/streams/pconsole.h"
 #include "foundation/xml/pxml.h"
 #include "installer/model/colour_theme.h"
 #include "installer/model/file_sets.h"
+#include "installer/transaction/log_collector.h"
 #include "installer/wizard/dialog_records.h"
 #include "installer/wizard/install_exchange_info.h"
 #include "installer/wizard/installer_ui.h"
-#include "foundation/streams/pconsole.h"
-#include "installer/transaction/log_collector.h"
 
-class Installer : public InstallExchangeInfo {
+class Installer : public InstallExchangeInfo
+{
 public:
     // ---- Construction (installer.cpp) -----------------------------------------------------
     Installer();
@@ -54,11 +55,12 @@ public:
     // content released); `size` gets its length, `md5` (when not null) the record's
     // digest. Gives 0, or -1 with nothing loaded, a bad index, or (plain cabinet) a
     // stream that doesn't inflate into no room at all; `size` is 0 on every failure.
-    int Decompress(int index, int& size, TeskUtils::PtrArray<unsigned char>& out, unsigned char (*md5)[16]) const;
+    int Decompress(
+        int index, int& size, TeskUtils::PtrArray<unsigned char>& out, unsigned char (*md5)[16]) const;
     // As above for the last record whose alias is `alias`; -1 without a log line, and
     // `size` untouched, when there is none.
     int Decompress(const char* alias, int& size, TeskUtils::PtrArray<unsigned char>& out,
-                   unsigned char (*md5)[16]) const;
+        unsigned char (*md5)[16]) const;
     // The content of the last record of `alias`, whatever Decompress gave; an empty
     // array, `size` untouched, for an unknown alias.
     TeskUtils::PtrArray<unsigned char> GetAliasData(const char* alias, int& size) const override;
@@ -79,13 +81,13 @@ public:
 
 private:
     // Frees the cabinet and closes the log when the object dies.
-    struct CabinetReleaser {
+    struct CabinetReleaser
+    {
         Installer* owner;
         ~CabinetReleaser();
-    } cabinetReleaser{this};
+    } cabinetReleaser { this };
 
 public:
-
     // ---- Variable store (model/variables.cpp) ---------------------------------------------
     // Records in order of first definition, grown by 100. Predefined variables
     // (model/predefined_variables.cpp) are no records: they are computed at each read, go
@@ -108,7 +110,7 @@ public:
     // gives -1. Gives 0, or -1 for a null or empty name and for a predefined one.
     // Changing an existing record recalculates every other recalculated variable.
     int SetVarExt(const char* name, const char* value, const char* expression, unsigned int flags,
-                  const char* defaultValue);
+        const char* defaultValue);
     // Recomputes a record from its expression or restores its default. 0, or -1 for an
     // unknown or predefined name.
     int ResetVar(const char* name, VariableResetType kind);
@@ -157,7 +159,8 @@ public:
     PXML templateXml;
 
     // The product description as GetProductDesc reads it: texts cut at 198 characters.
-    struct ProductDescription {
+    struct ProductDescription
+    {
         char fullName[200];
         char majorVersion[200];
         char minorVersion[200];
@@ -240,7 +243,7 @@ public:
     // ---- File sets (model/file_sets.cpp) --------------------------------------------------
     TeskUtils::Table<InstallTypeInfo, -1> installTypes;
     TeskUtils::Table<FileSetInfo, -1> fileSets;
-    TeskUtils::Table<FILENAMES, -1> fileNames;  // per file set in reverse document order
+    TeskUtils::Table<FILENAMES, -1> fileNames; // per file set in reverse document order
     // Fills the three tables from the template. Always 0.
     int GetFilesInfo();
     // Empties and frees the three tables.
@@ -268,7 +271,8 @@ public:
     // The exclude list: variables kept out of the action log (EXCLUDE_FROM_LOG) or out of
     // the configuration file (EXCLUDE_FROM_CONFIG). Names compare exactly.
     enum { EXCLUDE_FROM_LOG = 1, EXCLUDE_FROM_CONFIG = 2 };
-    struct ExcludeVar {
+    struct ExcludeVar
+    {
         TeskUtils::CharString name;
         int flags = 0;
     };
@@ -378,9 +382,9 @@ public:
     int currentDlg = -1;
     int currentSubDlg = -1;
     SETTINGSTATE settingsState = SETTING_IDLE;
-    int stateCancel = 0;   // EvCancel was confirmed
-    int stateFinish = 0;   // the wizard is over
-    int stateError = 0;    // result of the last stage work, or 1 after a bad shift
+    int stateCancel = 0; // EvCancel was confirmed
+    int stateFinish = 0; // the wizard is over
+    int stateError = 0; // result of the last stage work, or 1 after a bad shift
     int GetCurDlg() override;
     int GetCurSubDlg() override;
     int GetStateCancel() override;
@@ -562,8 +566,8 @@ public:
     virtual bool terminateApp(const char* name, bool force, const char* directory);
     // Adds the installed products whose names contain `name` to `hits`; their number.
     virtual int InstalledList(TeskUtils::Table<TeskUtils::CharString, 16>* hits, const char* name,
-                              const char* publisher, unsigned int flags);
+        const char* publisher, unsigned int flags);
     // Runs the uninstaller of the installed product `name`.
-    virtual bool UnInstallApplication(const char* name, unsigned int flags, InstallerUI* ui,
-                                      const char* arguments);
+    virtual bool UnInstallApplication(
+        const char* name, unsigned int flags, InstallerUI* ui, const char* arguments);
 };

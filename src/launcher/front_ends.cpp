@@ -15,7 +15,7 @@ namespace Launcher {
 namespace {
 
 // The front ends in the order in which they are tried.
-const char* const kFrontEnds[] = {"installer_gtk2", "installer_x11", "installer_console"};
+const char* const kFrontEnds[] = { "installer_gtk2", "installer_x11", "installer_console" };
 
 } // namespace
 
@@ -35,7 +35,7 @@ int TestInstallers()
         char path[TeskUtils::kPathSize];
         formFullPath(xmlFiles[index], path);
         char testRun[] = "-testRun";
-        char* const args[] = {path, testRun, nullptr};
+        char* const args[] = { path, testRun, nullptr };
         if (IsExecutable(2, args)) {
             if (!quiet)
                 printf("%s is a suitable installer. Installing...\n", path);

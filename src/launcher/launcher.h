@@ -16,30 +16,32 @@ class LinuxInstaller;
 namespace Launcher {
 
 // One file of the launcher's file list. Copied bytewise as a table element.
-struct FileInfo {
-    char alias[520];                         // cabinet alias; for -unpack= entries the text after the '='
-    char fileName[TeskUtils::kPathSize];     // name under which the file is written
-    char destination[TeskUtils::kPathSize];  // unpackDirectory + "/" + Dest
-    bool unpack;                             // to be unpacked; after unpacking: it exists on disk
-    bool okIfMissing;                        // a failure to decompress it is no error
-    bool executable;                         // gets mode 0775
+struct FileInfo
+{
+    char alias[520]; // cabinet alias; for -unpack= entries the text after the '='
+    char fileName[TeskUtils::kPathSize]; // name under which the file is written
+    char destination[TeskUtils::kPathSize]; // unpackDirectory + "/" + Dest
+    bool unpack; // to be unpacked; after unpacking: it exists on disk
+    bool okIfMissing; // a failure to decompress it is no error
+    bool executable; // gets mode 0775
 };
 
 // A rename from the file list: files with `alias` are written as `newName` (expanded).
-struct RenameEntry {
+struct RenameEntry
+{
     char alias[520];
     char newName[TeskUtils::kPathSize];
 };
 
 // ---- Shared state (launcher_main.cpp) ----------------------------------------------------
-extern char pathToExecutable[TeskUtils::kPathSize];  // directory of the running launcher, with trailing slash
-extern char unpackDirectory[TeskUtils::kPathSize];   // where everything is unpacked; empty at start
-extern bool quiet;                  // no progress lines
-extern bool customFiles;            // -unpack= given: unpack the selected files only, run nothing
-extern TeskUtils::Table<FileInfo, 100> xmlFiles;       // the file list, in document order
-extern TeskUtils::Table<FileInfo, 100> selectedFiles;  // aliases named by -unpack=
-extern TeskUtils::Table<RenameEntry, 100> renames;     // renames read from the file list
-extern TeskUtils::Table<InstallerFileUtils::DirInfo, 100> createdDirs;  // dirs made, with levels
+extern char pathToExecutable[TeskUtils::kPathSize]; // directory of the running launcher, with trailing slash
+extern char unpackDirectory[TeskUtils::kPathSize]; // where everything is unpacked; empty at start
+extern bool quiet; // no progress lines
+extern bool customFiles; // -unpack= given: unpack the selected files only, run nothing
+extern TeskUtils::Table<FileInfo, 100> xmlFiles; // the file list, in document order
+extern TeskUtils::Table<FileInfo, 100> selectedFiles; // aliases named by -unpack=
+extern TeskUtils::Table<RenameEntry, 100> renames; // renames read from the file list
+extern TeskUtils::Table<InstallerFileUtils::DirInfo, 100> createdDirs; // dirs made, with levels
 
 // Builds "%s/%s" of the file's destination and name in `out` (520 bytes), slashes collapsed.
 void formFullPath(const FileInfo& file, char (&out)[TeskUtils::kPathSize]);

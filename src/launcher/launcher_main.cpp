@@ -3,10 +3,10 @@
 
 #include "launcher/launcher.h"
 
-#include "linux/linux_installer.h"
 #include "foundation/misc/permissions.h"
 #include "foundation/misc/process_list.h"
 #include "foundation/strings/path_size.h"
+#include "linux/linux_installer.h"
 #include "package/integrity_trailer.h"
 
 #include <cstdio>
@@ -74,11 +74,11 @@ void cutFileName(char* path)
 bool readPackageOffset(int& offset)
 {
     const volatile unsigned char* word = reinterpret_cast<const volatile unsigned char*>(exportedoffset);
-    unsigned char bytes[4] = {word[0], word[1], word[2], word[3]};
+    unsigned char bytes[4] = { word[0], word[1], word[2], word[3] };
     if (memcmp(bytes, "_BIN", 4) == 0)
         return false;
-    offset = static_cast<int>(static_cast<unsigned int>(bytes[0]) | static_cast<unsigned int>(bytes[1]) << 8 |
-                              static_cast<unsigned int>(bytes[2]) << 16 | static_cast<unsigned int>(bytes[3]) << 24);
+    offset = static_cast<int>(static_cast<unsigned int>(bytes[0]) | static_cast<unsigned int>(bytes[1]) << 8
+        | static_cast<unsigned int>(bytes[2]) << 16 | static_cast<unsigned int>(bytes[3]) << 24);
     return true;
 }
 
@@ -131,7 +131,7 @@ int runWithInstaller(int argc, char** argv, int offset)
     if (!binary || !binary->unpack) {
         printf("The installer has no binary file or encountered problem decompressing it!\n"
                "Please download a new installer package or contact us at %s\n",
-               QUILB_SUPPORT_ADDRESS);
+            QUILB_SUPPORT_ADDRESS);
         CleanFiles();
         fflush(stdout);
         return -3;
@@ -220,7 +220,7 @@ int InitInstaller(LinuxInstaller& installer, int offset)
         puts("Failed!\n");
     printf("The checksum of the installer doesn't match. This could indicate a broken download.\n"
            "Please, try downloading again or contact us at %s\n",
-           QUILB_SUPPORT_ADDRESS);
+        QUILB_SUPPORT_ADDRESS);
     fflush(stdout);
     return -26;
 }
@@ -244,7 +244,7 @@ void CleanFiles()
         InstallerFileUtils::DirInfo& dir = createdDirs[i];
         if (dir.Delete(nullptr, nullptr, nullptr) != 0)
             printf("Directory: %s could not be removed by the launcher. Please remove it manually.\n",
-                   dir.path.c_str());
+                dir.path.c_str());
         else if (!quiet)
             printf("Removed directory: %s\n", dir.path.c_str());
         fflush(stdout);

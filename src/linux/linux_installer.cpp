@@ -8,7 +8,10 @@
 #include "foundation/strings/path_size.h"
 
 LinuxInstaller::LinuxInstaller(int uiMode_, bool automated_, VarsJournal* journal_, EnvCache* cache_)
-    : automated(automated_), uiMode(uiMode_), journal(journal_), cache(cache_)
+    : automated(automated_)
+    , uiMode(uiMode_)
+    , journal(journal_)
+    , cache(cache_)
 {
 }
 

@@ -10,7 +10,8 @@
 class InstallerUI;
 class VarsJournal;
 
-class LinuxInstaller : public Installer {
+class LinuxInstaller : public Installer
+{
 public:
     // The map of environment values set in this run, shared with the front end.
     typedef TeskUtils::HashMap<TeskUtils::CharString, 1, 1024, 0, 1000> EnvCache;

@@ -49,7 +49,8 @@ inline uint32_t readLittleU32(const unsigned char* p)
 #pragma pack(push, 1)
 // One file record in memory: where its header stands in the record stream, then the
 // 616-byte header copied whole.
-struct CabinetFile {
+struct CabinetFile
+{
     uint64_t offset;
     uint32_t tag;
     uint64_t size;

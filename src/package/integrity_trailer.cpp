@@ -18,7 +18,8 @@ namespace {
 const long kDigestBlock = 4096;
 
 // Closes the file when the check leaves, whatever way it leaves.
-struct FileCloser {
+struct FileCloser
+{
     FILE* file;
     ~FileCloser()
     {
@@ -34,7 +35,7 @@ int verifyFileMD5Checksum(const char* path)
     checksummingSignatures[0] = "SupportsSignedInstallers";
     if (!path)
         return 0;
-    FileCloser closer{teskutils_fopen(path, "rb")};
+    FileCloser closer { teskutils_fopen(path, "rb") };
     FILE* file = closer.file;
     if (!file)
         return 0;
@@ -55,10 +56,12 @@ int verifyFileMD5Checksum(const char* path)
     int markerLength = 0;
     const char* marker = nullptr;
     for (long i = n - 1; i >= 0; --i) {
-        if (n - i >= kTrailerMarkerV1Length && std::memcmp(tail + i, kTrailerMarkerV1, kTrailerMarkerV1Length) == 0) {
+        if (n - i >= kTrailerMarkerV1Length
+            && std::memcmp(tail + i, kTrailerMarkerV1, kTrailerMarkerV1Length) == 0) {
             marker = kTrailerMarkerV1;
             markerLength = kTrailerMarkerV1Length;
-        } else if (n - i >= kTrailerMarkerV2Length && std::memcmp(tail + i, kTrailerMarkerV2, kTrailerMarkerV2Length) == 0) {
+        } else if (n - i >= kTrailerMarkerV2Length
+            && std::memcmp(tail + i, kTrailerMarkerV2, kTrailerMarkerV2Length) == 0) {
             marker = kTrailerMarkerV2;
             markerLength = kTrailerMarkerV2Length;
         }

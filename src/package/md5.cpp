@@ -4,7 +4,7 @@
 
 namespace {
 
-const unsigned char padding[64] = {0x80};
+const unsigned char padding[64] = { 0x80 };
 
 inline uint32_t rotateLeft(uint32_t x, int n)
 {
@@ -32,11 +32,11 @@ inline void storeWord(unsigned char* p, uint32_t value)
 #define MD5_G(x, y, z) ((y) ^ ((z) & ((x) ^ (y))))
 #define MD5_H(x, y, z) ((x) ^ (y) ^ (z))
 #define MD5_I(x, y, z) ((y) ^ ((x) | ~(z)))
-#define MD5_STEP(f, a, b, c, d, x, s, ac)                \
-    do {                                                 \
-        (a) += f((b), (c), (d)) + (x) + uint32_t(ac);    \
-        (a) = rotateLeft((a), (s));                      \
-        (a) += (b);                                      \
+#define MD5_STEP(f, a, b, c, d, x, s, ac)                                                                    \
+    do {                                                                                                     \
+        (a) += f((b), (c), (d)) + (x) + uint32_t(ac);                                                        \
+        (a) = rotateLeft((a), (s));                                                                          \
+        (a) += (b);                                                                                          \
     } while (0)
 
 void MD5Transform(uint32_t state[4], const unsigned char block[64])

@@ -6,9 +6,10 @@
 // block of memory.
 #include <cstdint>
 
-struct MD5Context {
-    uint32_t state[4];       // A, B, C, D
-    uint32_t count[2];       // number of bits hashed, low word first
+struct MD5Context
+{
+    uint32_t state[4]; // A, B, C, D
+    uint32_t count[2]; // number of bits hashed, low word first
     unsigned char buffer[64]; // input not yet transformed
 };
 

@@ -97,35 +97,40 @@ int MemFile::seekOff(long offset)
 
 SolidDecompressor::~SolidDecompressor() = default;
 
-void SolidDecompressor::setDebugConsole(PConsole*) {}
+void SolidDecompressor::setDebugConsole(PConsole*) { }
 
 void StripedSolidDecompressor::setDebugConsole(PConsole* newConsole)
 {
     console = newConsole;
 }
 
-int StripedSolidDecompressor::validateChunks(const StripedThreadInfo* chunks, int count, long headerSize,
-                                             long& outSize)
+int StripedSolidDecompressor::validateChunks(
+    const StripedThreadInfo* chunks, int count, long headerSize, long& outSize)
 {
     for (int i = 0; i < count; ++i) {
         const StripedThreadInfo& a = chunks[i];
         if (a.compressedOffset < headerSize) {
             if (console)
-                console->Dump("ERROR: Decompressor: Compressed offset is less than total header size (corrupted header - %d)",
-                              i);
+                console->Dump("ERROR: Decompressor: Compressed offset is less than total header size "
+                              "(corrupted header - %d)",
+                    i);
             return -22;
         }
         if (a.uncompressedOffset < 0) {
             if (console)
-                console->Dump("ERROR: Decompressor: Uncompressed offset is negative (corrupted header - %d)", i);
+                console->Dump(
+                    "ERROR: Decompressor: Uncompressed offset is negative (corrupted header - %d)", i);
             return -23;
         }
         for (int j = i + 1; j < count; ++j) {
             const StripedThreadInfo& b = chunks[j];
             if (rangesOverlap(a.compressedOffset, a.compressedSize, b.compressedOffset, b.compressedSize)
-                || rangesOverlap(a.uncompressedOffset, a.uncompressedSize, b.uncompressedOffset, b.uncompressedSize)) {
+                || rangesOverlap(
+                    a.uncompressedOffset, a.uncompressedSize, b.uncompressedOffset, b.uncompressedSize)) {
                 if (console)
-                    console->Dump("ERROR: Decompressor: Overlapping offset/size ranges (corrupted header - %d %d)", i, j);
+                    console->Dump(
+                        "ERROR: Decompressor: Overlapping offset/size ranges (corrupted header - %d %d)", i,
+                        j);
                 return -24;
             }
         }
@@ -150,15 +155,16 @@ int StripedSolidDecompressor::validateChunks(const StripedThreadInfo* chunks, in
     }
     if (!tiled) {
         if (console)
-            console->Dump("ERROR: Decompressor: Accounted size (%d) differs from uncompressed size (%d) as reporterd (corrupted header)",
-                          static_cast<int>(sum), static_cast<int>(total));
+            console->Dump("ERROR: Decompressor: Accounted size (%d) differs from uncompressed size (%d) as "
+                          "reporterd (corrupted header)",
+                static_cast<int>(sum), static_cast<int>(total));
         return -25;
     }
     return 0;
 }
 
-int StripedSolidDecompressor::stripedDecompressData(MemFile& in, unsigned char*& out, long& outSize,
-                                                    StripedThreadInfo* chunks, int count, long headerSize)
+int StripedSolidDecompressor::stripedDecompressData(
+    MemFile& in, unsigned char*& out, long& outSize, StripedThreadInfo* chunks, int count, long headerSize)
 {
     outSize = 0;
     if (count > 0) {
@@ -168,13 +174,15 @@ int StripedSolidDecompressor::stripedDecompressData(MemFile& in, unsigned char*&
     }
 
     if (console)
-        console->Dump("Decompressor: Allocating memory for uncompressed cabinet (%d B)", static_cast<int>(outSize));
+        console->Dump(
+            "Decompressor: Allocating memory for uncompressed cabinet (%d B)", static_cast<int>(outSize));
     std::unique_ptr<unsigned char[]> output;
     try {
         output.reset(allocateBlock(static_cast<uint64_t>(outSize)));
     } catch (const std::bad_alloc& e) {
         if (console)
-            console->Dump("ERROR: Decompressor: Failed to allocate memory for the uncompressed cabinet (%s)", e.what());
+            console->Dump(
+                "ERROR: Decompressor: Failed to allocate memory for the uncompressed cabinet (%s)", e.what());
         return -26;
     }
 
@@ -199,33 +207,37 @@ int StripedSolidDecompressor::stripedDecompressData(MemFile& in, unsigned char*&
         int64_t move = wrapSub(chunk.compressedOffset, previousEnd);
         if (in.seekOff(static_cast<long>(move)) != 0) {
             if (console)
-                console->Dump("ERROR: Decompressor (chunk %d): Seeking compressed offset failed (Error: %d) : (off: %lld)", i,
-                              kMemFileSeekError, static_cast<long long>(move));
+                console->Dump("ERROR: Decompressor (chunk %d): Seeking compressed offset failed (Error: %d) "
+                              ": (off: %lld)",
+                    i, kMemFileSeekError, static_cast<long long>(move));
             return -27;
         }
         long got = 0;
         in.read(scratch.get(), static_cast<long>(chunk.compressedSize), got);
         if (chunk.compressedSize < 0 || got < chunk.compressedSize) {
             if (console)
-                console->Dump("ERROR: Decompressor (chunk %d): Reading compressed data failed (Error: %d) : (off: %lld, size: %lld, read: %lld)",
-                              i, kMemFileReadError, static_cast<long long>(chunk.compressedOffset),
-                              static_cast<long long>(chunk.compressedSize), static_cast<long long>(got));
+                console->Dump("ERROR: Decompressor (chunk %d): Reading compressed data failed (Error: %d) : "
+                              "(off: %lld, size: %lld, read: %lld)",
+                    i, kMemFileReadError, static_cast<long long>(chunk.compressedOffset),
+                    static_cast<long long>(chunk.compressedSize), static_cast<long long>(got));
             return -28;
         }
         previousEnd = wrapAdd(chunk.compressedOffset, chunk.compressedSize);
 
         unsigned long length = static_cast<unsigned long>(chunk.uncompressedSize);
         int code = uncompressFunc(output.get() + chunk.uncompressedOffset, &length, scratch.get(),
-                                  static_cast<long>(chunk.compressedSize));
+            static_cast<long>(chunk.compressedSize));
         if (code != 0 || length != static_cast<unsigned long>(chunk.uncompressedSize)) {
             if (console) {
                 const char* text = getErrorString(code);
                 if (text)
-                    console->Dump("ERROR: Decompressor (chunk %d): Uncompressing data failed (size: %d B; msg: %s)", i,
-                                  static_cast<int>(chunk.compressedSize), text);
+                    console->Dump(
+                        "ERROR: Decompressor (chunk %d): Uncompressing data failed (size: %d B; msg: %s)", i,
+                        static_cast<int>(chunk.compressedSize), text);
                 else
-                    console->Dump("ERROR: Decompressor (chunk %d): Uncompressing data failed (size: %d B; err: %d)", i,
-                                  static_cast<int>(chunk.compressedSize), code);
+                    console->Dump(
+                        "ERROR: Decompressor (chunk %d): Uncompressing data failed (size: %d B; err: %d)", i,
+                        static_cast<int>(chunk.compressedSize), code);
             }
             return -29;
         }
@@ -235,7 +247,8 @@ int StripedSolidDecompressor::stripedDecompressData(MemFile& in, unsigned char*&
     return 0;
 }
 
-int ZlibSolidDecompressor::decompressData(const unsigned char* data, long size, unsigned char*& out, long& outSize)
+int ZlibSolidDecompressor::decompressData(
+    const unsigned char* data, long size, unsigned char*& out, long& outSize)
 {
     MemFile in(data, size);
     if (!data || size < kSolidHeaderSize)
@@ -269,8 +282,8 @@ int ZlibSolidDecompressor::decompressData(const unsigned char* data, long size, 
 int ZlibSolidDecompressor::uncompressFunc(void* dest, unsigned long* destLen, const void* src, long srcLen)
 {
     uLongf length = *destLen;
-    int result = uncompress(static_cast<Bytef*>(dest), &length, static_cast<const Bytef*>(src),
-                            static_cast<uLong>(srcLen));
+    int result = uncompress(
+        static_cast<Bytef*>(dest), &length, static_cast<const Bytef*>(src), static_cast<uLong>(srcLen));
     *destLen = length;
     return result;
 }

@@ -34,7 +34,7 @@
 
 class PConsole;
 
-constexpr char kSolidMagic[8] = {'S', 'o', 'l', 'i', 'd', 'H', 'D', '\0'};
+constexpr char kSolidMagic[8] = { 'S', 'o', 'l', 'i', 'd', 'H', 'D', '\0' };
 constexpr uint32_t kSolidVersion = 100;
 constexpr uint32_t kSolidFormatDate = 0x20121111;
 constexpr int kSolidHeaderSize = 20;
@@ -46,7 +46,8 @@ constexpr int kMemFileReadError = -11;
 constexpr int kMemFileSeekError = -12;
 
 // One entry of the chunk table, in its file order.
-struct StripedThreadInfo {
+struct StripedThreadInfo
+{
     int64_t uncompressedOffset;
     int64_t uncompressedSize;
     int64_t compressedOffset;
@@ -54,12 +55,18 @@ struct StripedThreadInfo {
 };
 
 // A read cursor over a block of memory that it does not own.
-struct MemFile {
+struct MemFile
+{
     const unsigned char* data;
     long size;
     long position;
 
-    MemFile(const unsigned char* d, long s) : data(d), size(s), position(0) {}
+    MemFile(const unsigned char* d, long s)
+        : data(d)
+        , size(s)
+        , position(0)
+    {
+    }
     // Copies up to `want` bytes from the position on and moves past them; `got` tells how
     // many came (fewer at the end of the block, none for a negative `want`). Gives 0.
     int read(void* to, long want, long& got);
@@ -68,7 +75,8 @@ struct MemFile {
     int seekOff(long offset);
 };
 
-class SolidDecompressor {
+class SolidDecompressor
+{
 public:
     virtual ~SolidDecompressor();
     // Decompresses the container of `size` bytes at `data` (see the codes above).
@@ -79,7 +87,8 @@ public:
 
 // The chunk logic, independent of the codec: a codec supplies uncompressFunc and
 // getErrorString.
-class StripedSolidDecompressor : public SolidDecompressor {
+class StripedSolidDecompressor : public SolidDecompressor
+{
 public:
     void setDebugConsole(PConsole* console) override;
     // Inflates `srcLen` bytes at `src` into at most *destLen bytes at `dest` and stores
@@ -90,8 +99,8 @@ public:
 
     // Validates the table of `count` chunks and decompresses them from `in`, whose data
     // begins with a header of `headerSize` bytes that the cursor stands behind.
-    int stripedDecompressData(MemFile& in, unsigned char*& out, long& outSize, StripedThreadInfo* chunks, int count,
-                              long headerSize);
+    int stripedDecompressData(MemFile& in, unsigned char*& out, long& outSize, StripedThreadInfo* chunks,
+        int count, long headerSize);
 
     PConsole* console = nullptr;
 
@@ -100,7 +109,8 @@ private:
 };
 
 // The zlib codec: each chunk is one zlib stream, inflated by zlib's uncompress.
-class ZlibSolidDecompressor : public StripedSolidDecompressor {
+class ZlibSolidDecompressor : public StripedSolidDecompressor
+{
 public:
     int decompressData(const unsigned char* data, long size, unsigned char*& out, long& outSize) override;
     int uncompressFunc(void* dest, unsigned long* destLen, const void* src, long srcLen) override;

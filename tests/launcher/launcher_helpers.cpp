@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
@@ -14,8 +14,8 @@
 
 namespace quilbtest {
 
-std::string frontEndScriptText(const std::string& recordDir, const std::string& name,
-                               const FrontEndScript& behaviour)
+std::string frontEndScriptText(
+    const std::string& recordDir, const std::string& name, const FrontEndScript& behaviour)
 {
     // Without a record directory the script records nothing, so that it never writes
     // outside the test's own directories.
@@ -33,7 +33,8 @@ std::string frontEndScriptText(const std::string& recordDir, const std::string& 
                << ": > \"$out\"\n"
                << "for a in \"$0\" \"$@\"; do printf 'arg: %s\\n' \"$a\" >> \"$out\"; done\n"
                << "printf 'dir: %s\\n' \"$QUILB_INSTALLER_DIR\" >> \"$out\"\n"
-               << "for a in \"$@\"; do case \"$a\" in -bin=*) printf 'bin: %s\\n' \"$(cat \"${a#-bin=}\")\" >> \"$out\";; esac; "
+               << "for a in \"$@\"; do case \"$a\" in -bin=*) printf 'bin: %s\\n' \"$(cat \"${a#-bin=}\")\" "
+                  ">> \"$out\";; esac; "
                   "done\n";
     if (behaviour.runSignal)
         script << "kill -" << behaviour.runSignal << " $$\n";
@@ -72,7 +73,7 @@ std::vector<std::string> testedFrontEnds(const std::string& recordDir)
 }
 
 std::string fnElement(const std::string& alias, const std::string& dest, const std::string& source,
-                      const std::string& extraAttributes)
+    const std::string& extraAttributes)
 {
     std::string element = "<FN";
     if (!alias.empty())
@@ -86,29 +87,28 @@ std::string fnElement(const std::string& alias, const std::string& dest, const s
 std::string fileListXml(const std::string& elements)
 {
     return "<?xml version=\"1.0\"?>\n<QuilbGroupInstallation>\n<Installation>\n"
-           "<FileSet Name=\"launcher\">\n" +
-           elements + "</FileSet>\n</Installation>\n</QuilbGroupInstallation>\n";
+           "<FileSet Name=\"launcher\">\n"
+        + elements + "</FileSet>\n</Installation>\n</QuilbGroupInstallation>\n";
 }
 
 InstallerContent standardContent(const std::string& recordDir, const FrontEndScript& gtk2,
-                                 const FrontEndScript& x11, const FrontEndScript& console,
-                                 const std::string& binaryText)
+    const FrontEndScript& x11, const FrontEndScript& console, const std::string& binaryText)
 {
     InstallerContent content;
     std::string elements = fnElement("binary", "install_files", "build/binary");
-    const std::pair<const char*, const FrontEndScript*> frontEnds[] = {
-        {"installer_gtk2", &gtk2}, {"installer_x11", &x11}, {"installer_console", &console}};
+    const std::pair<const char*, const FrontEndScript*> frontEnds[]
+        = { { "installer_gtk2", &gtk2 }, { "installer_x11", &x11 }, { "installer_console", &console } };
     for (const auto& [alias, behaviour] : frontEnds) {
         elements += fnElement(alias, "install_files", std::string("bin/") + alias, "Executable=\"1\"");
-        content.files.push_back({alias, frontEndScriptText(recordDir, alias, *behaviour)});
+        content.files.push_back({ alias, frontEndScriptText(recordDir, alias, *behaviour) });
     }
-    content.files.push_back({"binary", binaryText});
+    content.files.push_back({ "binary", binaryText });
     content.fileList = fileListXml(elements);
     return content;
 }
 
-CommandResult runProgram(const std::string& program, const std::vector<std::string>& args,
-                         const std::string& workDir)
+CommandResult runProgram(
+    const std::string& program, const std::vector<std::string>& args, const std::string& workDir)
 {
     std::string line = "cd " + shellQuote(workDir) + " && ulimit -c 0 && " + shellQuote(program);
     for (const std::string& arg : args)
@@ -126,7 +126,7 @@ PackedInstaller::PackedInstaller(const InstallerContent& content)
 
 bool PackedInstaller::onlyInstallerLeft() const
 {
-    return listTree(dir) == std::vector<std::string>{"installer"};
+    return listTree(dir) == std::vector<std::string> { "installer" };
 }
 
 std::vector<std::string> listTree(const std::string& dir)
@@ -163,7 +163,8 @@ void rewriteTrailer(std::string& installer)
     size_t marker = installer.size() - trailerSize;
     unsigned char digest[16];
     CalcMD5Buf(installer.data() + 5000, static_cast<int>(marker - 5000), digest);
-    installer.replace(marker, trailerSize, std::string("v2sum: ") + std::string(reinterpret_cast<char*>(digest), 16));
+    installer.replace(
+        marker, trailerSize, std::string("v2sum: ") + std::string(reinterpret_cast<char*>(digest), 16));
 }
 
 bool buildInstaller(const InstallerContent& content, const std::string& path, std::string* log)
@@ -171,9 +172,9 @@ bool buildInstaller(const InstallerContent& content, const std::string& path, st
     // Every file goes in by --add, and the front-end directory is an empty one, so that no
     // program built beside quilb_pack slips into the package.
     TempDir staging;
-    std::string line = shellQuote(binDir() + "/quilb_pack") + " installer --launcher " +
-                       shellQuote(binDir() + "/launcher") + " --frontend-dir " + shellQuote(staging.path()) +
-                       " --file-list " + shellQuote(staging.file("list.xml")) + " -o " + shellQuote(path);
+    std::string line = shellQuote(binDir() + "/quilb_pack") + " installer --launcher "
+        + shellQuote(binDir() + "/launcher") + " --frontend-dir " + shellQuote(staging.path())
+        + " --file-list " + shellQuote(staging.file("list.xml")) + " -o " + shellQuote(path);
     writeFile(staging.file("list.xml"), content.fileList);
     for (size_t i = 0; i < content.files.size(); ++i) {
         std::string file = staging.file("file" + std::to_string(i));
@@ -196,14 +197,15 @@ bool editRecordStream(std::string& installer, long imageSize, const std::functio
     memcpy(&chunks, installer.data() + container + 16, 4);
     std::string stream;
     for (int32_t i = 0; i < chunks; ++i) {
-        int64_t entry[4];  // uncompressed offset, uncompressed size, compressed offset, compressed size
+        int64_t entry[4]; // uncompressed offset, uncompressed size, compressed offset, compressed size
         memcpy(entry, installer.data() + container + 20 + 32 * i, sizeof entry);
         if (stream.size() < static_cast<size_t>(entry[0] + entry[1]))
             stream.resize(static_cast<size_t>(entry[0] + entry[1]));
         uLongf size = static_cast<uLongf>(entry[1]);
         if (uncompress(reinterpret_cast<Bytef*>(&stream[static_cast<size_t>(entry[0])]), &size,
-                       reinterpret_cast<const Bytef*>(installer.data() + container + entry[2]),
-                       static_cast<uLong>(entry[3])) != Z_OK)
+                reinterpret_cast<const Bytef*>(installer.data() + container + entry[2]),
+                static_cast<uLong>(entry[3]))
+            != Z_OK)
             return false;
     }
     edit(stream);
@@ -211,13 +213,15 @@ bool editRecordStream(std::string& installer, long imageSize, const std::functio
     // One chunk now, directly behind its table entry.
     std::string packed(compressBound(stream.size()), '\0');
     uLongf packedSize = packed.size();
-    if (compress2(reinterpret_cast<Bytef*>(&packed[0]), &packedSize, reinterpret_cast<const Bytef*>(stream.data()),
-                  stream.size(), 9) != Z_OK)
+    if (compress2(reinterpret_cast<Bytef*>(&packed[0]), &packedSize,
+            reinterpret_cast<const Bytef*>(stream.data()), stream.size(), 9)
+        != Z_OK)
         return false;
     packed.resize(packedSize);
     std::string header = installer.substr(container, 16);
     const int32_t one = 1;
-    const int64_t entry[4] = {0, static_cast<int64_t>(stream.size()), 20 + 32, static_cast<int64_t>(packedSize)};
+    const int64_t entry[4]
+        = { 0, static_cast<int64_t>(stream.size()), 20 + 32, static_cast<int64_t>(packedSize) };
     header.append(reinterpret_cast<const char*>(&one), 4);
     header.append(reinterpret_cast<const char*>(entry), sizeof entry);
     installer = installer.substr(0, container) + header + packed + std::string(23, '\0');

@@ -13,19 +13,23 @@ std::string hex(const unsigned char (&digest)[16])
 {
     std::string out;
     for (unsigned char byte : digest)
-        out += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
+        out += { "0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15] };
     return out;
 }
 
 TEST(Md5, KnownDigests)
 {
-    struct Row { const char* input; const char* digest; } rows[] = {
-        {"", "d41d8cd98f00b204e9800998ecf8427e"},
-        {"a", "0cc175b9c0f1b6a831c399e269772661"},
-        {"abc", "900150983cd24fb0d6963f7d28e17f72"},
-        {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
-        {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
-         "57edf4a22be3c955ac49da2e2107b67a"},
+    struct Row
+    {
+        const char* input;
+        const char* digest;
+    } rows[] = {
+        { "", "d41d8cd98f00b204e9800998ecf8427e" },
+        { "a", "0cc175b9c0f1b6a831c399e269772661" },
+        { "abc", "900150983cd24fb0d6963f7d28e17f72" },
+        { "message digest", "f96b697d7cb7938d525a2f31aaf161d0" },
+        { "12345678901234567890123456789012345678901234567890123456789012345678901234567890",
+            "57edf4a22be3c955ac49da2e2107b67a" },
     };
     for (const Row& row : rows) {
         unsigned char digest[16];
@@ -38,11 +42,11 @@ TEST(Md5, KnownDigests)
 // must give the digest of the whole block at once.
 TEST(Md5, PiecewiseUpdatesMatchOneShot)
 {
-    for (size_t length : {55u, 56u, 63u, 64u, 65u, 119u, 120u, 128u, 1000u, 70000u}) {
+    for (size_t length : { 55u, 56u, 63u, 64u, 65u, 119u, 120u, 128u, 1000u, 70000u }) {
         std::string data = quilbtest::mixedBytes(length, static_cast<uint32_t>(length));
         unsigned char whole[16];
         CalcMD5Buf(data.data(), static_cast<int>(data.size()), whole);
-        for (size_t piece : {1u, 3u, 63u, 64u, 65u, 4096u}) {
+        for (size_t piece : { 1u, 3u, 63u, 64u, 65u, 4096u }) {
             MD5Context context;
             MD5Init(&context);
             for (size_t at = 0; at < data.size(); at += piece)

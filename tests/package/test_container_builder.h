@@ -25,7 +25,8 @@ inline std::string zlibCompress(const std::string& data, int level = 9)
 {
     uLongf size = compressBound(data.size());
     std::string out(size, '\0');
-    compress2(reinterpret_cast<Bytef*>(&out[0]), &size, reinterpret_cast<const Bytef*>(data.data()), data.size(), level);
+    compress2(reinterpret_cast<Bytef*>(&out[0]), &size, reinterpret_cast<const Bytef*>(data.data()),
+        data.size(), level);
     out.resize(size);
     return out;
 }
@@ -46,14 +47,15 @@ using ChunkEntry = StripedThreadInfo;
 
 // Container header and table exactly as given, then `body` (the bytes behind the table).
 inline std::string solidContainer(const std::vector<ChunkEntry>& table, const std::string& body,
-                                  uint32_t version = kSolidVersion, uint32_t date = kSolidFormatDate,
-                                  int32_t count = -1)
+    uint32_t version = kSolidVersion, uint32_t date = kSolidFormatDate, int32_t count = -1)
 {
     std::string out(kSolidMagic, sizeof(kSolidMagic));
-    for (uint32_t word : {version, date, static_cast<uint32_t>(count < 0 ? static_cast<int32_t>(table.size()) : count)})
+    for (uint32_t word :
+        { version, date, static_cast<uint32_t>(count < 0 ? static_cast<int32_t>(table.size()) : count) })
         putLE(out, word, 4);
     for (const ChunkEntry& c : table)
-        for (int64_t field : {c.uncompressedOffset, c.uncompressedSize, c.compressedOffset, c.compressedSize})
+        for (int64_t field :
+            { c.uncompressedOffset, c.uncompressedSize, c.compressedOffset, c.compressedSize })
             putLE(out, static_cast<uint64_t>(field), 8);
     return out + body;
 }
@@ -72,8 +74,8 @@ inline std::string solidOf(const std::string& stream, int chunks)
     for (int i = 0; i < chunks; ++i) {
         size_t begin = stream.size() * i / chunks, end = stream.size() * (i + 1) / chunks;
         std::string packed = zlibCompress(stream.substr(begin, end - begin));
-        table.push_back({static_cast<int64_t>(begin), static_cast<int64_t>(end - begin), place,
-                         static_cast<int64_t>(packed.size())});
+        table.push_back({ static_cast<int64_t>(begin), static_cast<int64_t>(end - begin), place,
+            static_cast<int64_t>(packed.size()) });
         body += packed;
         place += packed.size();
     }
@@ -82,7 +84,7 @@ inline std::string solidOf(const std::string& stream, int chunks)
 
 // One 616-byte record header.
 inline std::string recordHeader(uint32_t tag, uint64_t size, uint64_t storedSize, const std::string& name,
-                                const std::string& alias, const unsigned char* md5 = nullptr)
+    const std::string& alias, const unsigned char* md5 = nullptr)
 {
     std::string out;
     putLE(out, tag, 4);
@@ -109,7 +111,10 @@ inline std::string lastLogLine(const std::string& log)
     return log.substr(start, log.size() - 2 - start);
 }
 
-struct PackedFile { std::string alias, content; };
+struct PackedFile
+{
+    std::string alias, content;
+};
 
 // Record stream of a solid cabinet: each content stored as it is, then the end record.
 inline std::string recordStream(const std::vector<PackedFile>& files)
@@ -118,7 +123,8 @@ inline std::string recordStream(const std::vector<PackedFile>& files)
     for (const PackedFile& f : files) {
         unsigned char digest[16];
         CalcMD5Buf(f.content.data(), static_cast<int>(f.content.size()), digest);
-        out += recordHeader(kCabinetFileTag, f.content.size(), f.content.size(), f.alias, f.alias, digest) + f.content;
+        out += recordHeader(kCabinetFileTag, f.content.size(), f.content.size(), f.alias, f.alias, digest)
+            + f.content;
     }
     return out + endRecord();
 }
@@ -126,7 +132,7 @@ inline std::string recordStream(const std::vector<PackedFile>& files)
 inline std::string cabinetHeader()
 {
     std::string out;
-    for (uint32_t magic : {kCabinetMagic1, kCabinetMagic2, kCabinetMagic3})
+    for (uint32_t magic : { kCabinetMagic1, kCabinetMagic2, kCabinetMagic3 })
         putLE(out, magic, 4);
     return out + std::string(kCabinetHeaderSize - 12, '\0');
 }

@@ -10,9 +10,18 @@
 
 namespace quilbtest {
 
-std::string binDir() { return QUILB_BIN_DIR; }
-std::string sourceDir() { return QUILB_SOURCE_DIR; }
-std::string dataDir() { return QUILB_TEST_DATA_DIR; }
+std::string binDir()
+{
+    return QUILB_BIN_DIR;
+}
+std::string sourceDir()
+{
+    return QUILB_SOURCE_DIR;
+}
+std::string dataDir()
+{
+    return QUILB_TEST_DATA_DIR;
+}
 
 TempDir::TempDir()
 {

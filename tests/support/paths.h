@@ -12,7 +12,8 @@ std::string sourceDir();
 std::string dataDir();
 
 // A fresh directory under $TMPDIR (or /tmp), removed with everything in it when the object dies.
-class TempDir {
+class TempDir
+{
 public:
     TempDir();
     ~TempDir();

@@ -44,7 +44,8 @@ bool sandboxAvailable(std::string* why)
     static int known = -1;
     static std::string reason;
     if (known < 0) {
-        CommandResult probe = runCommand("bash " + shellQuote(sourceDir() + "/scripts/sandbox.sh") + " --check");
+        CommandResult probe
+            = runCommand("bash " + shellQuote(sourceDir() + "/scripts/sandbox.sh") + " --check");
         known = probe.exitCode == 0 ? 1 : 0;
         reason = probe.output;
     }

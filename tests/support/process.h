@@ -5,10 +5,11 @@
 
 namespace quilbtest {
 
-struct CommandResult {
-    int exitCode = -1;   // exit status, or -1 when the program did not exit normally
-    int signal = 0;      // the signal that ended it, 0 when it exited
-    std::string output;  // standard output and standard error, interleaved
+struct CommandResult
+{
+    int exitCode = -1; // exit status, or -1 when the program did not exit normally
+    int signal = 0; // the signal that ended it, 0 when it exited
+    std::string output; // standard output and standard error, interleaved
 };
 
 // Runs a shell command line with /bin/sh and collects its output.
@@ -28,9 +29,9 @@ CommandResult runInSandbox(const std::string& commandLine, const std::vector<std
 } // namespace quilbtest
 
 // Skips the current test with a clear message where no sandbox can be made.
-#define QUILB_REQUIRE_SANDBOX()                                                        \
-    do {                                                                               \
-        std::string quilbWhy;                                                          \
-        if (!quilbtest::sandboxAvailable(&quilbWhy))                                   \
-            GTEST_SKIP() << "needs a private sandbox, which can't be made here: " << quilbWhy; \
+#define QUILB_REQUIRE_SANDBOX()                                                                              \
+    do {                                                                                                     \
+        std::string quilbWhy;                                                                                \
+        if (!quilbtest::sandboxAvailable(&quilbWhy))                                                         \
+            GTEST_SKIP() << "needs a private sandbox, which can't be made here: " << quilbWhy;               \
     } while (0)

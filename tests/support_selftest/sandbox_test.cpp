@@ -11,9 +11,10 @@ TEST(Sandbox, WritesToSystemPathsStayInsideAndBindsAreShared)
     quilbtest::TempDir dir;
     std::string marker = "/etc/profile.d/quilb-sandbox-selftest.sh";
     std::string device = "/dev/quilb-sandbox-selftest";
-    quilbtest::CommandResult run = quilbtest::runInSandbox("echo inside > " + marker + " && cat " + marker
-            + " && echo device > " + device + " && echo shared > " + dir.file("out") + " && echo quiet > /dev/null",
-        { dir.path() });
+    quilbtest::CommandResult run
+        = quilbtest::runInSandbox("echo inside > " + marker + " && cat " + marker + " && echo device > "
+                + device + " && echo shared > " + dir.file("out") + " && echo quiet > /dev/null",
+            { dir.path() });
     EXPECT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(run.output, "inside\n");
     EXPECT_FALSE(quilbtest::fileExists(marker));

@@ -17,48 +17,49 @@ namespace {
 
 using namespace quilbpack;
 
-const char* const usageText =
-    "Usage:\n"
-    "  quilb_pack package   -t TEMPLATE [-b BASEDIR] [--add ALIAS=FILE]... [options] -o OUTPUT\n"
-    "  quilb_pack installer (-p PACKAGE | -t TEMPLATE [-b BASEDIR]) [--launcher FILE]\n"
-    "                       [--frontend ALIAS=FILE]... [--frontend-dir DIR] [--dest DIR]\n"
-    "                       [--file-list FILE] [--add ALIAS=FILE]... [options] -o OUTPUT\n"
-    "\n"
-    "package    packs the install template (as alias \"install.xml\") and every file named by an\n"
-    "           FN element inside a FileSet. An FN's text is the file's path; a relative one\n"
-    "           starts from BASEDIR (default: the template's directory). Its alias is the Alias\n"
-    "           attribute, or the path with every '/', '\\' and ':' taken out. A missing file\n"
-    "           is an error unless the FN has OkIfMissing.\n"
-    "installer  writes the launcher with the package behind it: the launcher's file list\n"
-    "           (alias \"install.xml\"), the front ends, the product package (alias \"binary\")\n"
-    "           and the integrity trailer. The output is made executable.\n"
-    "\n"
-    "Options:\n"
-    "  -o, --output FILE      file to write; it is replaced whole or not at all\n"
-    "  -t, --template FILE    install template of the product\n"
-    "  -b, --base DIR         directory relative FN paths start from\n"
-    "  -p, --package FILE     a package made earlier by \"quilb_pack package\"\n"
-    "  --add ALIAS=FILE       one more file, packed after the others (may be repeated)\n"
-    "  --launcher FILE        launcher image (default: \"launcher\" beside quilb_pack)\n"
-    "  --frontend ALIAS=FILE  a front-end program, e.g. installer_console=./my_console; when\n"
-    "                         given, only these front ends are packed (may be repeated)\n"
-    "  --frontend-dir DIR     where to look for the front ends installer_gtk2, installer_x11,\n"
-    "                         installer_console, uninstaller_gtk2, uninstaller_x11 and\n"
-    "                         uninstaller_console (default: beside quilb_pack); those not\n"
-    "                         there are left out\n"
-    "  --dest DIR             directory of every file in the generated file list\n"
-    "                         (default: install_files)\n"
-    "  --file-list FILE       use this launcher file list instead of generating one\n"
-    "  --chunks N             number of compressed chunks, 1 to 256 (default: 8)\n"
-    "  --level N              zlib compression level, 0 to 9 (default: 9)\n"
-    "  -h, --help             show this text\n"
-    "\n"
-    "Exit status: 0 on success, 1 on any failure (nothing is written then).\n";
+const char* const usageText
+    = "Usage:\n"
+      "  quilb_pack package   -t TEMPLATE [-b BASEDIR] [--add ALIAS=FILE]... [options] -o OUTPUT\n"
+      "  quilb_pack installer (-p PACKAGE | -t TEMPLATE [-b BASEDIR]) [--launcher FILE]\n"
+      "                       [--frontend ALIAS=FILE]... [--frontend-dir DIR] [--dest DIR]\n"
+      "                       [--file-list FILE] [--add ALIAS=FILE]... [options] -o OUTPUT\n"
+      "\n"
+      "package    packs the install template (as alias \"install.xml\") and every file named by an\n"
+      "           FN element inside a FileSet. An FN's text is the file's path; a relative one\n"
+      "           starts from BASEDIR (default: the template's directory). Its alias is the Alias\n"
+      "           attribute, or the path with every '/', '\\' and ':' taken out. A missing file\n"
+      "           is an error unless the FN has OkIfMissing.\n"
+      "installer  writes the launcher with the package behind it: the launcher's file list\n"
+      "           (alias \"install.xml\"), the front ends, the product package (alias \"binary\")\n"
+      "           and the integrity trailer. The output is made executable.\n"
+      "\n"
+      "Options:\n"
+      "  -o, --output FILE      file to write; it is replaced whole or not at all\n"
+      "  -t, --template FILE    install template of the product\n"
+      "  -b, --base DIR         directory relative FN paths start from\n"
+      "  -p, --package FILE     a package made earlier by \"quilb_pack package\"\n"
+      "  --add ALIAS=FILE       one more file, packed after the others (may be repeated)\n"
+      "  --launcher FILE        launcher image (default: \"launcher\" beside quilb_pack)\n"
+      "  --frontend ALIAS=FILE  a front-end program, e.g. installer_console=./my_console; when\n"
+      "                         given, only these front ends are packed (may be repeated)\n"
+      "  --frontend-dir DIR     where to look for the front ends installer_gtk2, installer_x11,\n"
+      "                         installer_console, uninstaller_gtk2, uninstaller_x11 and\n"
+      "                         uninstaller_console (default: beside quilb_pack); those not\n"
+      "                         there are left out\n"
+      "  --dest DIR             directory of every file in the generated file list\n"
+      "                         (default: install_files)\n"
+      "  --file-list FILE       use this launcher file list instead of generating one\n"
+      "  --chunks N             number of compressed chunks, 1 to 256 (default: 8)\n"
+      "  --level N              zlib compression level, 0 to 9 (default: 9)\n"
+      "  -h, --help             show this text\n"
+      "\n"
+      "Exit status: 0 on success, 1 on any failure (nothing is written then).\n";
 
-const char* const frontEndNames[] = {"installer_gtk2",   "installer_x11",   "installer_console",
-                                     "uninstaller_gtk2", "uninstaller_x11", "uninstaller_console"};
+const char* const frontEndNames[] = { "installer_gtk2", "installer_x11", "installer_console",
+    "uninstaller_gtk2", "uninstaller_x11", "uninstaller_console" };
 
-struct Options {
+struct Options
+{
     std::string mode;
     std::string output;
     std::string templatePath;
@@ -69,7 +70,7 @@ struct Options {
     std::string frontEndDir;
     std::string dest = "install_files";
     std::string fileListPath;
-    std::vector<std::pair<std::string, std::string>> extra;     // --add
+    std::vector<std::pair<std::string, std::string>> extra; // --add
     std::vector<std::pair<std::string, std::string>> frontEnds; // --frontend
     PackOptions pack;
 };
@@ -118,7 +119,7 @@ bool splitPair(const std::string& text, std::pair<std::string, std::string>& pai
     size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
         return false;
-    pair = {text.substr(0, equals), text.substr(equals + 1)};
+    pair = { text.substr(0, equals), text.substr(equals + 1) };
     return true;
 }
 
@@ -217,17 +218,19 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
         if (!fileExists(item.sourcePath)) {
             if (file.okIfMissing) {
                 std::fprintf(stderr, "quilb_pack: note: '%s' is missing and left out (OkIfMissing)\n",
-                             item.sourcePath.c_str());
+                    item.sourcePath.c_str());
                 continue;
             }
-            error = "missing file '" + item.sourcePath + "', named by the template's FN \"" + file.text + "\"";
+            error
+                = "missing file '" + item.sourcePath + "', named by the template's FN \"" + file.text + "\"";
             return false;
         }
         items.push_back(item);
     }
     if (withExtra)
         for (const auto& extra : options.extra)
-            items.push_back({extra.first, TeskUtils::fileNamePart(extra.second.c_str()), extra.second, false, ""});
+            items.push_back(
+                { extra.first, TeskUtils::fileNamePart(extra.second.c_str()), extra.second, false, "" });
     PackItem templateItem;
     // The engine finds the template by the record's file name "install.xml", whatever the
     // template file is called here.
@@ -237,8 +240,9 @@ bool productItems(const Options& options, bool withExtra, std::vector<PackItem>&
     templateItem.content = xml;
     for (const PackItem& item : items)
         if (item.alias == "install.xml")
-            std::fprintf(stderr, "quilb_pack: warning: '%s' also has the alias install.xml; the template wins\n",
-                         item.sourcePath.c_str());
+            std::fprintf(stderr,
+                "quilb_pack: warning: '%s' also has the alias install.xml; the template wins\n",
+                item.sourcePath.c_str());
     items.push_back(templateItem);
     return true;
 }
@@ -248,12 +252,23 @@ std::string xmlEscape(const std::string& text)
     std::string out;
     for (char c : text) {
         switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        case '\'': out += "&apos;"; break;
-        default: out.push_back(c);
+        case '&':
+            out += "&amp;";
+            break;
+        case '<':
+            out += "&lt;";
+            break;
+        case '>':
+            out += "&gt;";
+            break;
+        case '"':
+            out += "&quot;";
+            break;
+        case '\'':
+            out += "&apos;";
+            break;
+        default:
+            out.push_back(c);
         }
     }
     return out;
@@ -281,7 +296,8 @@ int runInstaller(const Options& options)
         return fail("no product given: name a package (-p) or a template (-t)");
     std::string error;
     // The launcher image first: a wrong one fails before anything is compressed.
-    std::string launcherPath = options.launcherPath.empty() ? ownDirectory() + "/launcher" : options.launcherPath;
+    std::string launcherPath
+        = options.launcherPath.empty() ? ownDirectory() + "/launcher" : options.launcherPath;
     std::string launcher;
     if (!readWholeFile(launcherPath, launcher, error))
         return fail("can't read the launcher image '" + launcherPath + "': " + error);
@@ -328,8 +344,8 @@ int runInstaller(const Options& options)
         std::string dest = xmlEscape(options.dest);
         fileList += "      <FN Alias=\"binary\" Dest=\"" + dest + "\">binary</FN>\n";
         for (const auto& frontEnd : frontEnds)
-            fileList += "      <FN Alias=\"" + xmlEscape(frontEnd.first) + "\" Dest=\"" + dest + "\" Executable=\"1\">"
-                      + xmlEscape(frontEnd.first) + "</FN>\n";
+            fileList += "      <FN Alias=\"" + xmlEscape(frontEnd.first) + "\" Dest=\"" + dest
+                + "\" Executable=\"1\">" + xmlEscape(frontEnd.first) + "</FN>\n";
         fileList += "    </FileSet>\n  </Installation>\n</QuilbGroupInstallation>\n";
     }
     PackItem listItem;
@@ -339,7 +355,7 @@ int runInstaller(const Options& options)
     listItem.content = fileList;
     items.push_back(listItem);
     for (const auto& frontEnd : frontEnds)
-        items.push_back({frontEnd.first, frontEnd.first, frontEnd.second, false, ""});
+        items.push_back({ frontEnd.first, frontEnd.first, frontEnd.second, false, "" });
     if (havePackage) {
         PackItem binary;
         binary.alias = "binary";
@@ -349,7 +365,8 @@ int runInstaller(const Options& options)
         items.push_back(std::move(binary));
     }
     for (const auto& extra : options.extra)
-        items.push_back({extra.first, TeskUtils::fileNamePart(extra.second.c_str()), extra.second, false, ""});
+        items.push_back(
+            { extra.first, TeskUtils::fileNamePart(extra.second.c_str()), extra.second, false, "" });
 
     std::string outer;
     PackError packError = buildPackage(items, options.pack, outer);

@@ -51,8 +51,8 @@ uint32_t fileFlags(const std::string& name, const std::string& content, size_t b
         if (extension == "png" || extension == "jpg" || extension == "jpeg")
             return 1;
     }
-    static const unsigned char png[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    static const unsigned char jpeg[] = {0xFF, 0xD8, 0xFF};
+    static const unsigned char png[] = { 0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n' };
+    static const unsigned char jpeg[] = { 0xFF, 0xD8, 0xFF };
     size_t size = content.size() - begin;
     if (size >= sizeof(png) && std::memcmp(content.data() + begin, png, sizeof(png)) == 0)
         return 1;
@@ -61,8 +61,8 @@ uint32_t fileFlags(const std::string& name, const std::string& content, size_t b
     return 0;
 }
 
-std::string recordHeader(uint32_t tag, uint64_t size, uint32_t flags, const unsigned char* md5, const std::string& name,
-                         const std::string& alias)
+std::string recordHeader(uint32_t tag, uint64_t size, uint32_t flags, const unsigned char* md5,
+    const std::string& name, const std::string& alias)
 {
     std::string header;
     header.reserve(kCabinetRecordHeaderSize);
@@ -79,15 +79,15 @@ std::string recordHeader(uint32_t tag, uint64_t size, uint32_t flags, const unsi
 std::string tooLarge(const char* what, int64_t size)
 {
     return std::string(what) + " would be " + std::to_string(size)
-         + " bytes; it must stay below 2 GiB (2147483648 bytes)";
+        + " bytes; it must stay below 2 GiB (2147483648 bytes)";
 }
 
 // Appends the record of one item to the stream, reading its file straight into place.
 PackError appendRecord(std::string& stream, const PackItem& item, uint64_t& contentTotal)
 {
     if (item.alias.size() > static_cast<size_t>(kCabinetMaxAliasLength))
-        return {"alias '" + item.alias + "' is " + std::to_string(item.alias.size())
-                + " characters long; at most " + std::to_string(kCabinetMaxAliasLength) + " are allowed"};
+        return { "alias '" + item.alias + "' is " + std::to_string(item.alias.size())
+            + " characters long; at most " + std::to_string(kCabinetMaxAliasLength) + " are allowed" };
     size_t headerAt = stream.size();
     stream.append(kCabinetRecordHeaderSize, '\0');
     size_t contentAt = stream.size();
@@ -96,20 +96,22 @@ PackError appendRecord(std::string& stream, const PackItem& item, uint64_t& cont
     } else {
         std::string content, error;
         if (!readWholeFile(item.sourcePath, content, error))
-            return {"can't read '" + item.sourcePath + "' (alias '" + item.alias + "'): " + error};
+            return { "can't read '" + item.sourcePath + "' (alias '" + item.alias + "'): " + error };
         if (stream.size() + content.size() > static_cast<uint64_t>(kMaxPackSize))
-            return {tooLarge("the package's content", static_cast<int64_t>(stream.size() + content.size()))};
+            return { tooLarge(
+                "the package's content", static_cast<int64_t>(stream.size() + content.size())) };
         stream += content;
     }
     uint64_t size = stream.size() - contentAt;
     if (stream.size() > static_cast<uint64_t>(kMaxPackSize))
-        return {tooLarge("the package's content", static_cast<int64_t>(stream.size()))};
+        return { tooLarge("the package's content", static_cast<int64_t>(stream.size())) };
     unsigned char digest[16];
     MD5Context context;
     MD5Init(&context);
     MD5Update(&context, stream.data() + contentAt, static_cast<unsigned long>(size));
     MD5Final(digest, &context);
-    std::string header = recordHeader(kCabinetFileTag, size, fileFlags(item.name, stream, contentAt), digest, item.name, item.alias);
+    std::string header = recordHeader(
+        kCabinetFileTag, size, fileFlags(item.name, stream, contentAt), digest, item.name, item.alias);
     stream.replace(headerAt, header.size(), header);
     contentTotal += size;
     return {};
@@ -117,17 +119,18 @@ PackError appendRecord(std::string& stream, const PackItem& item, uint64_t& cont
 
 // Compresses chunk i of n of the stream; chunks are independent and go to worker threads.
 void compressChunks(const std::string& stream, int chunks, int level, std::vector<std::string>& packed,
-                    std::vector<int>& results)
+    std::vector<int>& results)
 {
     std::atomic<int> next(0);
     auto work = [&] {
         for (int i = next++; i < chunks; i = next++) {
             uint64_t n = stream.size();
-            size_t begin = static_cast<size_t>(n * i / chunks), end = static_cast<size_t>(n * (i + 1) / chunks);
+            size_t begin = static_cast<size_t>(n * i / chunks),
+                   end = static_cast<size_t>(n * (i + 1) / chunks);
             uLongf size = compressBound(end - begin);
             packed[i].resize(size);
             results[i] = compress2(reinterpret_cast<Bytef*>(&packed[i][0]), &size,
-                                   reinterpret_cast<const Bytef*>(stream.data() + begin), end - begin, level);
+                reinterpret_cast<const Bytef*>(stream.data() + begin), end - begin, level);
             packed[i].resize(size);
         }
     };
@@ -149,9 +152,9 @@ void compressChunks(const std::string& stream, int chunks, int level, std::vecto
 PackError buildPackage(const std::vector<PackItem>& items, const PackOptions& options, std::string& out)
 {
     if (options.chunks < 1 || options.chunks > kSolidMaxChunks)
-        return {"the number of chunks must be from 1 to " + std::to_string(kSolidMaxChunks)};
+        return { "the number of chunks must be from 1 to " + std::to_string(kSolidMaxChunks) };
     if (options.level < 0 || options.level > 9)
-        return {"the compression level must be from 0 to 9"};
+        return { "the compression level must be from 0 to 9" };
 
     std::string stream;
     uint64_t contentTotal = 0;
@@ -164,7 +167,7 @@ PackError buildPackage(const std::vector<PackItem>& items, const PackOptions& op
     stream += recordHeader(kCabinetEndTag, 0, 0, noDigest, "", "");
     // The end record is all zero behind its tag.
     if (stream.size() > static_cast<uint64_t>(kMaxPackSize))
-        return {tooLarge("the package's content", static_cast<int64_t>(stream.size()))};
+        return { tooLarge("the package's content", static_cast<int64_t>(stream.size())) };
 
     const int chunks = options.chunks;
     std::vector<std::string> packed(chunks);
@@ -172,7 +175,7 @@ PackError buildPackage(const std::vector<PackItem>& items, const PackOptions& op
     compressChunks(stream, chunks, options.level, packed, results);
     for (int i = 0; i < chunks; ++i)
         if (results[i] != Z_OK)
-            return {"zlib failed on chunk " + std::to_string(i) + " (" + std::to_string(results[i]) + ")"};
+            return { "zlib failed on chunk " + std::to_string(i) + " (" + std::to_string(results[i]) + ")" };
 
     out.clear();
     putU32(out, kCabinetMagic1);
@@ -203,7 +206,7 @@ PackError buildPackage(const std::vector<PackItem>& items, const PackOptions& op
         std::string().swap(chunk);
     }
     if (out.size() > static_cast<uint64_t>(kMaxPackSize))
-        return {tooLarge("the package", static_cast<int64_t>(out.size()))};
+        return { tooLarge("the package", static_cast<int64_t>(out.size())) };
     return {};
 }
 
@@ -222,14 +225,14 @@ PackError checkLauncherImage(const std::string& launcherImage, size_t& at)
     const std::string marker(kImageOffsetMarker, kImageOffsetMarkerSize);
     at = launcherImage.find(marker);
     if (at == std::string::npos)
-        return {"the launcher image holds no offset word (\"" + std::string(kImageOffsetMarker)
-                + "\"); is it a launcher, and not one that already carries a package?"};
+        return { "the launcher image holds no offset word (\"" + std::string(kImageOffsetMarker)
+            + "\"); is it a launcher, and not one that already carries a package?" };
     // With two copies there is no telling which one the launcher reads.
     if (launcherImage.find(marker, at + 1) != std::string::npos)
-        return {"the launcher image holds the offset word (\"" + std::string(kImageOffsetMarker)
-                + "\") more than once; it can't be patched safely"};
+        return { "the launcher image holds the offset word (\"" + std::string(kImageOffsetMarker)
+            + "\") more than once; it can't be patched safely" };
     if (launcherImage.size() >= static_cast<uint64_t>(kMaxPackSize))
-        return {tooLarge("the launcher image", static_cast<int64_t>(launcherImage.size()))};
+        return { tooLarge("the launcher image", static_cast<int64_t>(launcherImage.size())) };
     return {};
 }
 
@@ -241,10 +244,10 @@ PackError buildInstaller(const std::string& launcherImage, const std::string& pa
         return imageError;
     uint64_t total = launcherImage.size() + package.size() + kTrailerMarkerV2Length + 16;
     if (total > static_cast<uint64_t>(kMaxPackSize))
-        return {tooLarge("the installer", static_cast<int64_t>(total))};
+        return { tooLarge("the installer", static_cast<int64_t>(total)) };
     if (launcherImage.size() + package.size() <= static_cast<uint64_t>(kTrailerV2Skip))
-        return {"the installer would be too short for its checksum: image and package must exceed "
-                + std::to_string(kTrailerV2Skip) + " bytes"};
+        return { "the installer would be too short for its checksum: image and package must exceed "
+            + std::to_string(kTrailerV2Skip) + " bytes" };
 
     installer.clear();
     installer.reserve(total);
@@ -309,13 +312,13 @@ PackError writeFileAtomically(const std::string& path, const std::string& data, 
     std::string temp = path + ".XXXXXX";
     int fd = mkstemp(&temp[0]);
     if (fd < 0)
-        return {"can't create a file beside '" + path + "': " + std::strerror(errno)};
+        return { "can't create a file beside '" + path + "': " + std::strerror(errno) };
     auto fail = [&](const std::string& what) {
         std::string message = what + " '" + temp + "': " + std::strerror(errno);
         if (fd >= 0)
             ::close(fd);
         ::unlink(temp.c_str());
-        return PackError{message};
+        return PackError { message };
     };
     size_t done = 0;
     while (done < data.size()) {

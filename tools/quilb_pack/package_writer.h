@@ -14,21 +14,24 @@ namespace quilbpack {
 
 // One file to pack: its content comes from `sourcePath`, or, with `inMemory` set, from
 // `content`.
-struct PackItem {
+struct PackItem
+{
     std::string alias;
-    std::string name;   // file name without directories, as the record stores it
+    std::string name; // file name without directories, as the record stores it
     std::string sourcePath;
     bool inMemory = false;
     std::string content;
 };
 
-struct PackOptions {
-    int chunks = 8;  // 1 to 256
-    int level = 9;   // zlib level, 0 to 9
+struct PackOptions
+{
+    int chunks = 8; // 1 to 256
+    int level = 9; // zlib level, 0 to 9
 };
 
 // Everything a failure needs to say; empty on success.
-struct PackError {
+struct PackError
+{
     std::string message;
     explicit operator bool() const { return !message.empty(); }
 };
@@ -45,7 +48,8 @@ PackError checkLauncherImage(const std::string& launcherImage, size_t& at);
 
 // Builds an installer from the launcher image and a package; `installer` receives the
 // whole file, trailer included.
-PackError buildInstaller(const std::string& launcherImage, const std::string& package, std::string& installer);
+PackError buildInstaller(
+    const std::string& launcherImage, const std::string& package, std::string& installer);
 
 // Reads a whole file; false with the reason in `error`.
 bool readWholeFile(const std::string& path, std::string& out, std::string& error);

@@ -14,10 +14,12 @@ bool isSpace(char c)
 
 std::string decodeEntities(const std::string& text)
 {
-    static const struct {
+    static const struct
+    {
         const char* name;
         char value;
-    } entities[] = {{"&amp;", '&'}, {"&lt;", '<'}, {"&apos;", '\''}, {"&quot;", '"'}, {"&gt;", '>'}};
+    } entities[]
+        = { { "&amp;", '&' }, { "&lt;", '<' }, { "&apos;", '\'' }, { "&quot;", '"' }, { "&gt;", '>' } };
     std::string out;
     for (size_t i = 0; i < text.size(); ++i) {
         bool replaced = false;
@@ -48,7 +50,8 @@ std::string trim(const std::string& text)
     return text.substr(begin, end - begin);
 }
 
-struct Tag {
+struct Tag
+{
     std::string name;
     std::vector<std::pair<std::string, std::string>> attributes;
     bool closing = false;
@@ -111,7 +114,7 @@ std::vector<TemplateFile> findTemplateFiles(const std::string& xml)
 {
     std::vector<TemplateFile> files;
     std::vector<std::string> open; // names of the elements enclosing the position
-    bool inFile = false;            // an FN inside a FileSet is open: its text is wanted
+    bool inFile = false; // an FN inside a FileSet is open: its text is wanted
     TemplateFile current;
     size_t textStart = 0;
     size_t i = 0;

@@ -9,10 +9,11 @@
 
 namespace quilbpack {
 
-struct TemplateFile {
-    std::string text;       // the FN text: the source path
+struct TemplateFile
+{
+    std::string text; // the FN text: the source path
     bool hasAlias = false;
-    std::string alias;      // the Alias attribute, when present
+    std::string alias; // the Alias attribute, when present
     bool okIfMissing = false;
 };
 

@@ -13,25 +13,29 @@
 #include "foundation/strings/char_string.h"
 
 // One node of a parsed text. Block nodes own their children; inline nodes hold text.
-struct QuilbMarkDownNode {
+struct QuilbMarkDownNode
+{
     enum Type {
         Document,
-        Heading,    // level 1 to 6; children: inline nodes
-        Paragraph,  // children: inline nodes
-        List,       // ordered when `level` is 1; `number` is the first item's number
-        ListItem,   // children: blocks (paragraphs, nested lists)
-        CodeBlock,  // `text`: the lines, each ending in "\n"
-        Quote,      // children: blocks
+        Heading, // level 1 to 6; children: inline nodes
+        Paragraph, // children: inline nodes
+        List, // ordered when `level` is 1; `number` is the first item's number
+        ListItem, // children: blocks (paragraphs, nested lists)
+        CodeBlock, // `text`: the lines, each ending in "\n"
+        Quote, // children: blocks
         Rule,
-        Text,       // `text`
-        Strong,     // children: inline nodes
-        Emphasis,   // children: inline nodes
-        Code,       // `text`
-        Link,       // `text`: the address; children: the link text
+        Text, // `text`
+        Strong, // children: inline nodes
+        Emphasis, // children: inline nodes
+        Code, // `text`
+        Link, // `text`: the address; children: the link text
         LineBreak,
     };
 
-    explicit QuilbMarkDownNode(Type nodeType) : type(nodeType) {}
+    explicit QuilbMarkDownNode(Type nodeType)
+        : type(nodeType)
+    {
+    }
     ~QuilbMarkDownNode();
     QuilbMarkDownNode(const QuilbMarkDownNode&) = delete;
     QuilbMarkDownNode& operator=(const QuilbMarkDownNode&) = delete;
@@ -50,13 +54,15 @@ struct QuilbMarkDownNode {
 };
 
 // Turns a parsed tree into some output form.
-class QuilbMarkDownTranslator {
+class QuilbMarkDownTranslator
+{
 public:
     virtual ~QuilbMarkDownTranslator() = default;
     virtual TeskUtils::CharString translate(const QuilbMarkDownNode& document) = 0;
 };
 
-class QuilbMarkDownParser {
+class QuilbMarkDownParser
+{
 public:
     // Parses `text` (null counts as empty) into a tree owned by the caller.
     static QuilbMarkDownNode* parse(const char* text);
@@ -68,9 +74,14 @@ public:
 // paragraphs wrapped at `width` columns and separated by a blank line, list items behind
 // `bullet` (numbers for ordered lists) with a hanging indent, code blocks indented by four
 // blanks and never wrapped, quotes behind "> ".
-class InstallerPlainTextTranslator : public QuilbMarkDownTranslator {
+class InstallerPlainTextTranslator : public QuilbMarkDownTranslator
+{
 public:
-    InstallerPlainTextTranslator(int width, char bullet) : width_(width < 10 ? 10 : width), bullet_(bullet) {}
+    InstallerPlainTextTranslator(int width, char bullet)
+        : width_(width < 10 ? 10 : width)
+        , bullet_(bullet)
+    {
+    }
     TeskUtils::CharString translate(const QuilbMarkDownNode& document) override;
 
 private:
@@ -79,7 +90,8 @@ private:
 };
 
 // A fragment of basic HTML (no <html> or <body>), with every text escaped.
-class BasicHTMLTranslator : public QuilbMarkDownTranslator {
+class BasicHTMLTranslator : public QuilbMarkDownTranslator
+{
 public:
     TeskUtils::CharString translate(const QuilbMarkDownNode& document) override;
 };

@@ -29,7 +29,8 @@ QuilbMarkDownNode* QuilbMarkDownNode::add(QuilbMarkDownNode* child)
 namespace {
 
 // A line of the source without its line end, possibly with leading columns taken off.
-struct Line {
+struct Line
+{
     const char* text;
     int length;
 };
@@ -77,7 +78,10 @@ Line stripColumns(const Line& line, int columns)
     return Line { line.text + i, line.length - i };
 }
 
-Line trimmedStart(const Line& line) { return stripColumns(line, 1 << 20); }
+Line trimmedStart(const Line& line)
+{
+    return stripColumns(line, 1 << 20);
+}
 
 bool startsWith(const Line& line, const char* prefix)
 {
@@ -143,7 +147,10 @@ int listMarker(const Line& line, bool& ordered, int& number)
     return i + 1 < line.length ? i + 2 : i + 1;
 }
 
-bool isFence(const Line& line) { return startsWith(trimmedStart(line), "```") || startsWith(trimmedStart(line), "~~~"); }
+bool isFence(const Line& line)
+{
+    return startsWith(trimmedStart(line), "```") || startsWith(trimmedStart(line), "~~~");
+}
 
 // True when a line begins a block of its own and so ends a paragraph.
 bool interruptsParagraph(const Line& line)
@@ -157,7 +164,8 @@ bool interruptsParagraph(const Line& line)
         || listMarker(body, ordered, number);
 }
 
-class InlineReader {
+class InlineReader
+{
 public:
     static void read(const char* text, int length, QuilbMarkDownNode* parent)
     {
@@ -166,7 +174,12 @@ public:
     }
 
 private:
-    InlineReader(const char* text, int length) : text_(text), length_(length), pending_(64, 1.618f) {}
+    InlineReader(const char* text, int length)
+        : text_(text)
+        , length_(length)
+        , pending_(64, 1.618f)
+    {
+    }
 
     void flush(QuilbMarkDownNode* parent)
     {
@@ -367,7 +380,8 @@ void addInlineBlock(QuilbMarkDownNode* block, const Line* lines, int count)
         Line body = trimmedStart(lines[i]);
         // Trailing blanks of the last line never break anything.
         if (i + 1 == count) {
-            while (body.length > 0 && (body.text[body.length - 1] == ' ' || body.text[body.length - 1] == '\t'))
+            while (
+                body.length > 0 && (body.text[body.length - 1] == ' ' || body.text[body.length - 1] == '\t'))
                 --body.length;
         }
         if (i > 0)
@@ -481,7 +495,8 @@ void parseBlocks(const Line* lines, int count, QuilbMarkDownNode* parent)
         }
         if (int level = headingLevel(body)) {
             Line rest { body.text + level, body.length - level };
-            while (rest.length > 0 && (rest.text[rest.length - 1] == '#' || rest.text[rest.length - 1] == ' '))
+            while (
+                rest.length > 0 && (rest.text[rest.length - 1] == '#' || rest.text[rest.length - 1] == ' '))
                 --rest.length;
             QuilbMarkDownNode* heading = parent->add(new QuilbMarkDownNode(QuilbMarkDownNode::Heading));
             heading->level = level;

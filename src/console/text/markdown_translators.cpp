@@ -45,9 +45,16 @@ void flattenInline(const Node* node, TeskUtils::StringBuilder& out)
     }
 }
 
-class PlainWriter {
+class PlainWriter
+{
 public:
-    PlainWriter(int width, char bullet) : width_(width), bullet_(bullet), out_(1024, 1.618f) { out_.clear(); }
+    PlainWriter(int width, char bullet)
+        : width_(width)
+        , bullet_(bullet)
+        , out_(1024, 1.618f)
+    {
+        out_.clear();
+    }
 
     TeskUtils::CharString run(const Node& document)
     {
@@ -202,11 +209,21 @@ void appendEscaped(TeskUtils::StringBuilder& out, const char* text)
 {
     for (const char* p = text ? text : ""; *p; ++p) {
         switch (*p) {
-        case '&': out << "&amp;"; break;
-        case '<': out << "&lt;"; break;
-        case '>': out << "&gt;"; break;
-        case '"': out << "&quot;"; break;
-        default: out << *p; break;
+        case '&':
+            out << "&amp;";
+            break;
+        case '<':
+            out << "&lt;";
+            break;
+        case '>':
+            out << "&gt;";
+            break;
+        case '"':
+            out << "&quot;";
+            break;
+        default:
+            out << *p;
+            break;
         }
     }
 }

@@ -11,11 +11,43 @@ namespace {
 
 // Destinations whose content is no text of the document.
 const char* const skippedDestinations[] = {
-    "fonttbl", "colortbl", "stylesheet", "info", "pict", "header", "footer", "headerl", "headerr",
-    "headerf", "footerl", "footerr", "footerf", "listtable", "listoverridetable", "rsidtbl",
-    "generator", "themedata", "colorschememapping", "datastore", "latentstyles", "xmlnstbl",
-    "mmathPr", "pgdsctbl", "filetbl", "revtbl", "object", "fldinst", "footnote", "comment",
-    "private", "nonshppict", "userprops", "docvar", "bkmkstart", "bkmkend", "wgrffmtfilter",
+    "fonttbl",
+    "colortbl",
+    "stylesheet",
+    "info",
+    "pict",
+    "header",
+    "footer",
+    "headerl",
+    "headerr",
+    "headerf",
+    "footerl",
+    "footerr",
+    "footerf",
+    "listtable",
+    "listoverridetable",
+    "rsidtbl",
+    "generator",
+    "themedata",
+    "colorschememapping",
+    "datastore",
+    "latentstyles",
+    "xmlnstbl",
+    "mmathPr",
+    "pgdsctbl",
+    "filetbl",
+    "revtbl",
+    "object",
+    "fldinst",
+    "footnote",
+    "comment",
+    "private",
+    "nonshppict",
+    "userprops",
+    "docvar",
+    "bkmkstart",
+    "bkmkend",
+    "wgrffmtfilter",
 };
 
 bool isSkippedDestination(const char* word)
@@ -48,9 +80,38 @@ void appendUtf8(TeskUtils::StringBuilder& out, unsigned long code)
 
 // Code page 1252 from 0x80 to 0x9F; the rest of the page is Latin-1.
 const unsigned short cp1252High[32] = {
-    0x20AC, 0x003F, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152,
-    0x003F, 0x017D, 0x003F, 0x003F, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122,
-    0x0161, 0x203A, 0x0153, 0x003F, 0x017E, 0x0178,
+    0x20AC,
+    0x003F,
+    0x201A,
+    0x0192,
+    0x201E,
+    0x2026,
+    0x2020,
+    0x2021,
+    0x02C6,
+    0x2030,
+    0x0160,
+    0x2039,
+    0x0152,
+    0x003F,
+    0x017D,
+    0x003F,
+    0x003F,
+    0x2018,
+    0x2019,
+    0x201C,
+    0x201D,
+    0x2022,
+    0x2013,
+    0x2014,
+    0x02DC,
+    0x2122,
+    0x0161,
+    0x203A,
+    0x0153,
+    0x003F,
+    0x017E,
+    0x0178,
 };
 
 void appendCp1252(TeskUtils::StringBuilder& out, unsigned char byte)
@@ -72,9 +133,13 @@ int hexValue(char c)
     return -1;
 }
 
-class Decoder {
+class Decoder
+{
 public:
-    Decoder(int margin, int width) : paragraph_(512, 1.618f), out_(2048, 1.618f), width_(width)
+    Decoder(int margin, int width)
+        : paragraph_(512, 1.618f)
+        , out_(2048, 1.618f)
+        , width_(width)
     {
         paragraph_.clear();
         out_.clear();
@@ -109,7 +174,8 @@ public:
     }
 
 private:
-    struct State {
+    struct State
+    {
         bool skip;
         int unicodeSkip;
     };

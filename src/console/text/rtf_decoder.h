@@ -3,7 +3,8 @@
 // for a terminal.
 #include "foundation/strings/char_string.h"
 
-class RTFDecoder {
+class RTFDecoder
+{
 public:
     // Decodes `rtf` (null counts as empty) and wraps each paragraph at `width` columns, every
     // line behind `margin` blanks (the margin counts towards the width). Paragraphs end at

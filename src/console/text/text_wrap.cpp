@@ -6,7 +6,10 @@ namespace ConsoleText {
 
 namespace {
 
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
 // Columns a UTF-8 text occupies: continuation bytes take no column of their own.
 int columnsOf(const char* text, int bytes)
@@ -40,7 +43,7 @@ int bytesForColumns(const char* text, int bytes, int columns)
 } // namespace
 
 void appendWrapped(TeskUtils::StringBuilder& out, const char* text, int width, const char* firstPrefix,
-                   const char* restPrefix)
+    const char* restPrefix)
 {
     if (!text)
         return;

@@ -10,6 +10,6 @@ namespace ConsoleText {
 // empty line is cut hard. Every line, the last included, ends in "\n". An empty paragraph
 // appends nothing.
 void appendWrapped(TeskUtils::StringBuilder& out, const char* text, int width, const char* firstPrefix,
-                   const char* restPrefix);
+    const char* restPrefix);
 
 } // namespace ConsoleText

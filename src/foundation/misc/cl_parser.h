@@ -9,13 +9,15 @@
 #include "foundation/strings/char_string.h"
 #include "foundation/strings/table.h"
 
-struct CLParam {
+struct CLParam
+{
     TeskUtils::CharString name;
     // Null when the option came without a value; "" for "-name=".
     TeskUtils::CharString value;
 };
 
-class CLParser {
+class CLParser
+{
 public:
     CLParser() = default;
     // Parses argv[1] to argv[argc - 1]; argv[0], the program, is not a parameter.

@@ -18,7 +18,6 @@
 
 namespace {
 
-
 bool isSlash(char c)
 {
     return c == '/' || c == '\\';

@@ -53,12 +53,17 @@ void setDirDeleteReport(DirDeleteReport report);
 
 // A directory that was made, with the number of path levels that were created for it, so
 // that exactly those levels can be removed again.
-struct DirInfo {
+struct DirInfo
+{
     TeskUtils::CharString path;
     int levels = 0;
 
     DirInfo() = default;
-    DirInfo(const char* dirPath, int createdLevels) : path(dirPath), levels(createdLevels) {}
+    DirInfo(const char* dirPath, int createdLevels)
+        : path(dirPath)
+        , levels(createdLevels)
+    {
+    }
 
     // Removes the empty directory `path` and its empty parents. Returns 0 when the path is
     // gone afterwards (or never existed), 1 when it is still there. Logs "Dir: <path> (ok)"

@@ -46,8 +46,8 @@ CharString uniCanonicalPath(const char* path)
         int size = i - start;
         if (size == 0 || (size == 1 && path[start] == '.'))
             continue;
-        if (isDotDot(path + start, size) && kept > 0 &&
-            !isDotDot(path + starts[kept - 1], lengths[kept - 1])) {
+        if (isDotDot(path + start, size) && kept > 0
+            && !isDotDot(path + starts[kept - 1], lengths[kept - 1])) {
             --kept;
             continue;
         }

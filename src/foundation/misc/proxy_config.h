@@ -6,7 +6,8 @@
 
 namespace TeskUtils {
 
-struct SystemProxyConfiguration {
+struct SystemProxyConfiguration
+{
     // 1 when any of the four variables is set to a non-empty value.
     int found = 0;
     // The values as they stand (no parsing of scheme, host or port); null when unset/empty.

@@ -51,8 +51,8 @@ int get_PATH(char*& buffer, const char**& dirs, int& count)
 
 int get_useable_www_browser(char* buffer, int size)
 {
-    static const char* const browsers[] = {"firefox", "mozilla", "netscape", "galeon", "konqueror",
-                                           "opera", "epiphany", "lynx", "links"};
+    static const char* const browsers[]
+        = { "firefox", "mozilla", "netscape", "galeon", "konqueror", "opera", "epiphany", "lynx", "links" };
     if (!buffer || size < 1)
         return 0;
     char* pathCopy = nullptr;

@@ -3,7 +3,8 @@
 // Results are 0 or -1.
 #include "foundation/streams/pstream.h"
 
-class PBufStream : public PStream {
+class PBufStream : public PStream
+{
 public:
     PBufStream();
     ~PBufStream() override;

@@ -9,8 +9,8 @@
 
 namespace {
 
-const char* const kMonthNames[12] = { "Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec" };
+const char* const kMonthNames[12]
+    = { "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec" };
 
 bool systemLocalTime(struct tm& out)
 {
@@ -30,7 +30,8 @@ const char* monthName(int month)
 }
 
 // Appends printf-formatted text to the prefix, never beyond its size.
-void appendFormatted(char* prefix, size_t size, const char* format, ...) __attribute__((format(printf, 3, 4)));
+void appendFormatted(char* prefix, size_t size, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
 void appendFormatted(char* prefix, size_t size, const char* format, ...)
 {
     size_t used = strnlen(prefix, size - 1);
@@ -66,9 +67,7 @@ int PConsole::Done()
     return -1;
 }
 
-void PConsole::Clear()
-{
-}
+void PConsole::Clear() { }
 
 PConsole* PConsole::GetReadableConsole()
 {

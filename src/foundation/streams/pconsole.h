@@ -14,7 +14,8 @@
 
 class PFileStream;
 
-class PConsole {
+class PConsole
+{
 public:
     enum {
         FlagLineNumber = 1,
@@ -61,7 +62,8 @@ public:
 
 // A console that sends its lines to a file. Until Create is called it has no file and
 // drops every line.
-class PFileConsole : public PConsole {
+class PFileConsole : public PConsole
+{
 public:
     PFileConsole();
     ~PFileConsole() override;

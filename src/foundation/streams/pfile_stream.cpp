@@ -41,8 +41,7 @@ int openRetrying(const char* path, int flags)
 
 // One read or write of `size` bytes, repeated only when a signal interrupted it. `done`
 // takes the count that went; the result is 0 or the errno of the failure.
-template <class Call>
-int transfer(Call call, int size, int& done)
+template <class Call> int transfer(Call call, int size, int& done)
 {
     done = 0;
     if (size < 0)

@@ -3,7 +3,8 @@
 // and Write is one system call. Results are 0 or the value of errno.
 #include "foundation/streams/pstream.h"
 
-class PFileStream : public PStream {
+class PFileStream : public PStream
+{
 public:
     // Access bits for Open: bit 31 read, bit 30 write, both read-write, none read-only.
     static constexpr unsigned int AccessRead = 0x80000000u;

@@ -6,7 +6,8 @@
 
 #include <string>
 
-class PMemoryConsole : public PConsole {
+class PMemoryConsole : public PConsole
+{
 public:
     void Write(const char* text, int size) override
     {

@@ -23,8 +23,8 @@ int PStream::WriteStr(const char* text)
 
 int PStream::WritePascalStr(const void* data, unsigned short size, int& written)
 {
-    const unsigned char length[2] = { static_cast<unsigned char>(size & 0xff),
-                                      static_cast<unsigned char>(size >> 8) };
+    const unsigned char length[2]
+        = { static_cast<unsigned char>(size & 0xff), static_cast<unsigned char>(size >> 8) };
     int result = Write(length, 2, written);
     if (result)
         return result;

@@ -8,7 +8,8 @@
 // Pascal strings are a 16-bit little-endian length followed by that many bytes, with
 // no terminator.
 
-class PStream {
+class PStream
+{
 public:
     PStream() = default;
     virtual ~PStream() = default;

@@ -49,19 +49,22 @@ CharStringBuf* newBuffer(const char* text, size_t length)
 
 } // namespace
 
-CharString::CharString(const char* text) : buf(nullptr)
+CharString::CharString(const char* text)
+    : buf(nullptr)
 {
     if (text)
         buf = newBuffer(text, strlen(text));
 }
 
-CharString::CharString(const char* text, int length) : buf(nullptr)
+CharString::CharString(const char* text, int length)
+    : buf(nullptr)
 {
     if (text)
         buf = newBuffer(text, boundedLength(text, length));
 }
 
-CharString::CharString(const CharString& other) : buf(other.buf)
+CharString::CharString(const CharString& other)
+    : buf(other.buf)
 {
     if (buf)
         ++buf->refCount;

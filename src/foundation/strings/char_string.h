@@ -14,9 +14,14 @@ namespace TeskUtils {
 
 // The shared buffer behind a CharString. `data` comes from malloc (or is null), `refCount`
 // starts at 1. The object itself is made with `new` and dies through deleteThis().
-class CharStringBuf {
+class CharStringBuf
+{
 public:
-    CharStringBuf() : data(nullptr), refCount(1) {}
+    CharStringBuf()
+        : data(nullptr)
+        , refCount(1)
+    {
+    }
 
     // With size 0 frees the data and sets it null; otherwise mallocs or reallocs it to `size`
     // bytes, keeping what fits of the old content.
@@ -28,20 +33,28 @@ public:
     int refCount;
 
 protected:
-    virtual ~CharStringBuf() {}
+    virtual ~CharStringBuf() { }
 };
 
-class CharString {
+class CharString
+{
 public:
     // A null string.
-    CharString() : buf(nullptr) {}
+    CharString()
+        : buf(nullptr)
+    {
+    }
     // A copy of `text`; a null text gives a null string.
     CharString(const char* text);
     // A copy of at most `length` characters of `text`, stopping at a NUL (a negative length
     // copies all of it). A null text gives a null string.
     CharString(const char* text, int length);
     CharString(const CharString& other);
-    CharString(CharString&& other) noexcept : buf(other.buf) { other.buf = nullptr; }
+    CharString(CharString&& other) noexcept
+        : buf(other.buf)
+    {
+        other.buf = nullptr;
+    }
     ~CharString() { release(); }
 
     CharString& operator=(const CharString& other);
@@ -71,11 +84,19 @@ public:
     // The text, or null for a null string (or a buffer without data).
     const char* data() const { return buf ? buf->data : nullptr; }
     // The text, or "" where data() would be null: safe to hand to printf and strcmp.
-    const char* c_str() const { const char* d = data(); return d ? d : ""; }
+    const char* c_str() const
+    {
+        const char* d = data();
+        return d ? d : "";
+    }
     // True when there is no text at all (no buffer or a buffer without data).
     bool isNull() const { return data() == nullptr; }
     // True when null or of length 0.
-    bool isEmpty() const { const char* d = data(); return !d || !*d; }
+    bool isEmpty() const
+    {
+        const char* d = data();
+        return !d || !*d;
+    }
     // Length of the text; 0 for a null string.
     int length() const;
     // Number of holders sharing this buffer; 0 for a string without a buffer.

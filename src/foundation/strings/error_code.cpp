@@ -45,7 +45,8 @@ ErrorCode::ErrorCode(const char* where, int code, const char* format, ...)
     va_end(args);
 }
 
-ErrorCode::ErrorCode(const ErrorCode& other) : head(other.head)
+ErrorCode::ErrorCode(const ErrorCode& other)
+    : head(other.head)
 {
     if (head)
         ++head->refCount;

@@ -12,7 +12,8 @@
 
 namespace TeskUtils {
 
-struct ErrorMsg {
+struct ErrorMsg
+{
     // Where the error was raised, e.g. a function name. The pointer is kept, not copied: pass a
     // string that lives as long as the program (a literal). May be null.
     const char* where;
@@ -25,16 +26,23 @@ struct ErrorMsg {
     void destroy();
 };
 
-class ErrorCode {
+class ErrorCode
+{
 public:
     // No error.
-    ErrorCode() : head(nullptr) {}
+    ErrorCode()
+        : head(nullptr)
+    {
+    }
     // A new error of one record: message formatted with a limit of 511 bytes (at most 510
     // characters), no cause.
-    ErrorCode(const char* where, int code, const char* format, ...)
-        __attribute__((format(printf, 4, 5)));
+    ErrorCode(const char* where, int code, const char* format, ...) __attribute__((format(printf, 4, 5)));
     ErrorCode(const ErrorCode& other);
-    ErrorCode(ErrorCode&& other) noexcept : head(other.head) { other.head = nullptr; }
+    ErrorCode(ErrorCode&& other) noexcept
+        : head(other.head)
+    {
+        other.head = nullptr;
+    }
     ErrorCode& operator=(const ErrorCode& other);
     ErrorCode& operator=(ErrorCode&& other) noexcept;
     ~ErrorCode() { clear(); }

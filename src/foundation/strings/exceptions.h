@@ -6,10 +6,11 @@
 namespace TeskUtils {
 
 // Thrown by the base library (e.g. when a node pool cannot grow). Text up to 1023 characters.
-class ExceptionMsg {
+class ExceptionMsg
+{
 public:
     explicit ExceptionMsg(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    virtual ~ExceptionMsg() {}
+    virtual ~ExceptionMsg() { }
     virtual const char* what() const { return text; }
 
 private:
@@ -19,10 +20,11 @@ private:
 } // namespace TeskUtils
 
 // A failure of the program at large. Text up to 4095 characters.
-class GenericError {
+class GenericError
+{
 public:
     explicit GenericError(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    virtual ~GenericError() {}
+    virtual ~GenericError() { }
     virtual const char* what() const { return text; }
 
 protected:
@@ -32,7 +34,8 @@ protected:
 };
 
 // A failure of the installer engine; caught as a GenericError as well.
-class InstallerError : public GenericError {
+class InstallerError : public GenericError
+{
 public:
     explicit InstallerError(const char* format, ...) __attribute__((format(printf, 2, 3)));
 };

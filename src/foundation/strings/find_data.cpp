@@ -5,7 +5,10 @@
 
 namespace TeskUtils {
 
-FindData::FindData(const char* pattern) : items(nullptr), count(0), cursor(0)
+FindData::FindData(const char* pattern)
+    : items(nullptr)
+    , count(0)
+    , cursor(0)
 {
     search(pattern);
 }

@@ -5,9 +5,15 @@
 // copies of the matches.
 namespace TeskUtils {
 
-class FindData {
+class FindData
+{
 public:
-    FindData() : items(nullptr), count(0), cursor(0) {}
+    FindData()
+        : items(nullptr)
+        , count(0)
+        , cursor(0)
+    {
+    }
     // Searches at once (see search()).
     explicit FindData(const char* pattern);
     ~FindData() { freeItems(); }

@@ -3,10 +3,33 @@
 namespace TeskUtils {
 
 const int hashMapPrimes[] = {
-    13,        29,        59,        127,       257,        521,       1049,
-    2099,      4201,      8419,      16843,     33703,      67409,     134837,
-    269683,    539389,    1078787,   2157587,   4315183,    8630387,   17260781,
-    34521589,  69043189,  138086407, 276172823, 552345671,  1104691373,
+    13,
+    29,
+    59,
+    127,
+    257,
+    521,
+    1049,
+    2099,
+    4201,
+    8419,
+    16843,
+    33703,
+    67409,
+    134837,
+    269683,
+    539389,
+    1078787,
+    2157587,
+    4315183,
+    8630387,
+    17260781,
+    34521589,
+    69043189,
+    138086407,
+    276172823,
+    552345671,
+    1104691373,
 };
 const int hashMapPrimeCount = static_cast<int>(sizeof hashMapPrimes / sizeof hashMapPrimes[0]);
 
@@ -28,24 +51,43 @@ inline uint32_t rot(uint32_t x, int k)
 // Mixes three 32-bit values reversibly.
 inline void mix(uint32_t& a, uint32_t& b, uint32_t& c)
 {
-    a -= c; a ^= rot(c, 4);  c += b;
-    b -= a; b ^= rot(a, 6);  a += c;
-    c -= b; c ^= rot(b, 8);  b += a;
-    a -= c; a ^= rot(c, 16); c += b;
-    b -= a; b ^= rot(a, 19); a += c;
-    c -= b; c ^= rot(b, 4);  b += a;
+    a -= c;
+    a ^= rot(c, 4);
+    c += b;
+    b -= a;
+    b ^= rot(a, 6);
+    a += c;
+    c -= b;
+    c ^= rot(b, 8);
+    b += a;
+    a -= c;
+    a ^= rot(c, 16);
+    c += b;
+    b -= a;
+    b ^= rot(a, 19);
+    a += c;
+    c -= b;
+    c ^= rot(b, 4);
+    b += a;
 }
 
 // Final mixing of three 32-bit values into c.
 inline void finalMix(uint32_t& a, uint32_t& b, uint32_t& c)
 {
-    c ^= b; c -= rot(b, 14);
-    a ^= c; a -= rot(c, 11);
-    b ^= a; b -= rot(a, 25);
-    c ^= b; c -= rot(b, 16);
-    a ^= c; a -= rot(c, 4);
-    b ^= a; b -= rot(a, 14);
-    c ^= b; c -= rot(b, 24);
+    c ^= b;
+    c -= rot(b, 14);
+    a ^= c;
+    a -= rot(c, 11);
+    b ^= a;
+    b -= rot(a, 25);
+    c ^= b;
+    c -= rot(b, 16);
+    a ^= c;
+    a -= rot(c, 4);
+    b ^= a;
+    b -= rot(a, 14);
+    c ^= b;
+    c -= rot(b, 24);
 }
 
 // Little-endian 32-bit word of up to four bytes starting at k.

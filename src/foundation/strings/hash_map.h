@@ -30,10 +30,13 @@ int hashMapPrimeIndex(int size);
 // A store of objects of type T, carved out of blocks of BLOCK objects. Freed objects go to a free
 // list and are handed out again; blocks are returned only when the pool dies. The two mutexes
 // exist for a threaded build and are not taken: the program has one thread.
-template <class T, int BLOCK, bool LOCKED>
-class SimplePool {
+template <class T, int BLOCK, bool LOCKED> class SimplePool
+{
 public:
-    SimplePool() : blocks(nullptr), used(BLOCK), freeList(nullptr)
+    SimplePool()
+        : blocks(nullptr)
+        , used(BLOCK)
+        , freeList(nullptr)
     {
         pthread_mutex_init(&allocMutex, nullptr);
         pthread_mutex_init(&freeMutex, nullptr);
@@ -89,7 +92,8 @@ private:
         Slot* nextFree;
         alignas(T) unsigned char storage[sizeof(T)];
     };
-    struct Block {
+    struct Block
+    {
         Block* next;
         Slot slots[BLOCK];
     };
@@ -112,17 +116,19 @@ private:
     pthread_mutex_t freeMutex;
 };
 
-template <class VALUE, int COPYKEYS, int SIZE, int LOCKED, int POOLBLOCK>
-class HashMap {
+template <class VALUE, int COPYKEYS, int SIZE, int LOCKED, int POOLBLOCK> class HashMap
+{
 public:
-    struct Node {
+    struct Node
+    {
         char* key; // new[] copy of the key, null for a null key
         VALUE value;
         Node* next;
     };
 
     // Starts with the first prime of the list at or above SIZE.
-    HashMap() : entries(0)
+    HashMap()
+        : entries(0)
     {
         int index = 0;
         while (index + 1 < hashMapPrimeCount && hashMapPrimes[index] < SIZE)
@@ -203,8 +209,7 @@ public:
     }
 
     // Calls f(const char* key, VALUE& value) for each entry, in bucket order.
-    template <class F>
-    void forEach(F f)
+    template <class F> void forEach(F f)
     {
         for (int i = 0; i < buckets.count; ++i)
             for (Node* node = buckets[i]; node; node = node->next)

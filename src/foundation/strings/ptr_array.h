@@ -6,10 +6,13 @@
 namespace TeskUtils {
 
 // Allocates and frees the data of a PtrArray and counts its holders (starting at 1).
-template <class T>
-class RefCounter {
+template <class T> class RefCounter
+{
 public:
-    RefCounter() : refCount(1) {}
+    RefCounter()
+        : refCount(1)
+    {
+    }
 
     virtual T* allocMem(int n) { return new T[n > 0 ? n : 0]; }
     // Frees data from allocMem; null is ignored.
@@ -23,14 +26,22 @@ public:
     int refCount;
 
 protected:
-    virtual ~RefCounter() {}
+    virtual ~RefCounter() { }
 };
 
-template <class T>
-class PtrArray {
+template <class T> class PtrArray
+{
 public:
-    PtrArray() : data(nullptr), counter(nullptr), count(0) {}
-    PtrArray(const PtrArray& other) : data(other.data), counter(other.counter), count(other.count)
+    PtrArray()
+        : data(nullptr)
+        , counter(nullptr)
+        , count(0)
+    {
+    }
+    PtrArray(const PtrArray& other)
+        : data(other.data)
+        , counter(other.counter)
+        , count(other.count)
     {
         if (counter)
             ++counter->refCount;

@@ -20,8 +20,7 @@ inline int quickSortCompare(const CharString* a, const CharString* b)
     return a->compare(y);
 }
 
-template <class T>
-void quickSort__(T** array, int low, int high)
+template <class T> void quickSort__(T** array, int low, int high)
 {
     while (high - low + 1 > 9) {
         int middle = low + (high - low) / 2;

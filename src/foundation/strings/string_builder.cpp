@@ -7,11 +7,11 @@
 namespace TeskUtils {
 
 StringBuilder::StringBuilder(long block, float factor)
-    : blockSize(block < 16 ? 16 : block),
-      growth(factor > 1.0f ? (factor > 1024.0f ? 1024.0f : factor) : 0.0f),
-      capacity(0),
-      length(0),
-      buffer(nullptr)
+    : blockSize(block < 16 ? 16 : block)
+    , growth(factor > 1.0f ? (factor > 1024.0f ? 1024.0f : factor) : 0.0f)
+    , capacity(0)
+    , length(0)
+    , buffer(nullptr)
 {
 }
 

@@ -9,7 +9,8 @@
 
 namespace TeskUtils {
 
-class StringBuilder {
+class StringBuilder
+{
 public:
     // `blockSize` below 16 counts as 16. `growth` not above 1 counts as 0 (no factor); it is
     // at most 1024.

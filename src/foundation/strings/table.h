@@ -13,11 +13,21 @@
 
 namespace TeskUtils {
 
-template <class T, int STEP>
-class Table {
+template <class T, int STEP> class Table
+{
 public:
-    Table() : count(0), step(STEP), capacity(0), data(nullptr) {}
-    Table(const Table& other) : count(0), step(other.step), capacity(0), data(nullptr)
+    Table()
+        : count(0)
+        , step(STEP)
+        , capacity(0)
+        , data(nullptr)
+    {
+    }
+    Table(const Table& other)
+        : count(0)
+        , step(other.step)
+        , capacity(0)
+        , data(nullptr)
     {
         copyFrom(other);
     }

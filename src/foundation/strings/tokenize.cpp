@@ -15,7 +15,8 @@ namespace TeskUtils {
 namespace {
 
 // A 256-bit set of characters.
-class CharSet {
+class CharSet
+{
 public:
     explicit CharSet(const char* chars)
     {
@@ -46,7 +47,7 @@ bool isSlash(char c)
 } // namespace
 
 int tokenizePositionArray(const char* text, int length, Table<CharString, 100>& tokens,
-                          Table<int, 100>* lengths, const int* positions, int count, int flags)
+    Table<int, 100>* lengths, const int* positions, int count, int flags)
 {
     if (!text)
         return 0;
@@ -162,8 +163,7 @@ unsigned long maskFromStringList(const char* list, const char* names, char delim
     return mask;
 }
 
-CharString stringListFromMask(unsigned long mask, const char* const* names, int count,
-                              const char* separator)
+CharString stringListFromMask(unsigned long mask, const char* const* names, int count, const char* separator)
 {
     if (!mask || !names || !separator || count < 1 || count > 64)
         return CharString("");
@@ -201,8 +201,7 @@ CharString escapeCharacter(const char* text, char character, char escape)
     return result;
 }
 
-int removeNeighbouringCharacters(char* text, char character, const char* others,
-                                 RelativeCharPosition where)
+int removeNeighbouringCharacters(char* text, char character, const char* others, RelativeCharPosition where)
 {
     if (!text || !*text)
         return -1;

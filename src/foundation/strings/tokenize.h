@@ -20,7 +20,7 @@ enum TokenizeFlags {
 
 // The core of tokenizePositions on a plain array of `count` positions.
 int tokenizePositionArray(const char* text, int length, Table<CharString, 100>& tokens,
-                          Table<int, 100>* lengths, const int* positions, int count, int flags);
+    Table<int, 100>* lengths, const int* positions, int count, int flags);
 
 // Cuts text[0..length) at the given delimiter positions (in increasing order) and appends the
 // tokens to `tokens` (and their lengths to `lengths`, if given). The text before the first
@@ -28,18 +28,16 @@ int tokenizePositionArray(const char* text, int length, Table<CharString, 100>& 
 // length, stopping at a NUL. Empty tokens are left out unless TOKENIZE_KEEP_EMPTY is set.
 // Returns the number of tokens appended.
 template <int STEP>
-int tokenizePositions(const char* text, int length, Table<CharString, 100>& tokens,
-                      Table<int, 100>* lengths, const Table<int, STEP>& positions, int flags)
+int tokenizePositions(const char* text, int length, Table<CharString, 100>& tokens, Table<int, 100>* lengths,
+    const Table<int, STEP>& positions, int flags)
 {
-    return tokenizePositionArray(text, length, tokens, lengths, positions.data, positions.count,
-                                 flags);
+    return tokenizePositionArray(text, length, tokens, lengths, positions.data, positions.count, flags);
 }
 
 // Appends the positions in `text` of every character of `set` to `positions`. Returns the
 // length of the text scanned, or 0 for a null text or a null or empty set.
 int getCharPositionArray(const char* text, const char* set, Table<int, 32>& positions);
-template <int STEP>
-int getCharPositions(const char* text, const char* set, Table<int, STEP>& positions)
+template <int STEP> int getCharPositions(const char* text, const char* set, Table<int, STEP>& positions)
 {
     Table<int, 32> found;
     int scanned = getCharPositionArray(text, set, found);
@@ -69,8 +67,7 @@ unsigned long maskFromStringList(const char* list, const char* names, char delim
 
 // The names whose bit is set in `mask`, joined by `separator`. A zero mask, null names, null
 // separator or a count outside 1..64 gives an empty, non-null string.
-CharString stringListFromMask(unsigned long mask, const char* const* names, int count,
-                              const char* separator);
+CharString stringListFromMask(unsigned long mask, const char* const* names, int count, const char* separator);
 
 // A copy of `text` with `escape` put before each `character`; a null text gives "".
 CharString escapeCharacter(const char* text, char character, char escape);
@@ -90,8 +87,7 @@ enum RelativeCharPosition {
 // (see RelativeCharPosition) that belong to `others`. A null `others` means `character` itself,
 // so that runs of it collapse to one. Returns the number of characters removed, or -1 for a
 // null or empty text.
-int removeNeighbouringCharacters(char* text, char character, const char* others,
-                                 RelativeCharPosition where);
+int removeNeighbouringCharacters(char* text, char character, const char* others, RelativeCharPosition where);
 
 // Copies what stands between the first `open` and the last `close` of `text` into `out`, at most
 // size-1 characters, terminated. A missing `open` counts as the start of the text, a missing

@@ -6,12 +6,22 @@
 // so that a list stays close to its count. Elements are copied by assignment.
 #include <cassert>
 
-template <class T>
-class PList {
+template <class T> class PList
+{
 public:
-    explicit PList(int growStep = 5) : data(nullptr), capacity(0), count(0), step(growStep > 0 ? growStep : 5) {}
+    explicit PList(int growStep = 5)
+        : data(nullptr)
+        , capacity(0)
+        , count(0)
+        , step(growStep > 0 ? growStep : 5)
+    {
+    }
 
-    PList(const PList& other) : data(nullptr), capacity(0), count(0), step(other.step)
+    PList(const PList& other)
+        : data(nullptr)
+        , capacity(0)
+        , count(0)
+        , step(other.step)
     {
         assign(other);
     }

@@ -6,13 +6,15 @@
 #include "foundation/strings/table.h"
 #include "foundation/xml/small_str_allocator.h"
 
-struct StrPair {
+struct StrPair
+{
     char* name;
     char* value;
     SmallStrAllocator<256>* allocator;
 };
 
-class PStrPairList {
+class PStrPairList
+{
 public:
     PStrPairList() = default;
     ~PStrPairList() = default;

@@ -10,11 +10,11 @@
 #include "foundation/streams/pstream.h"
 
 const PXML::Symbol PXML::symmap[5] = {
-    {'&', "&amp;", 5},
-    {'<', "&lt;", 4},
-    {'\'', "&apos;", 6},
-    {'"', "&quot;", 6},
-    {'>', "&gt;", 4},
+    { '&', "&amp;", 5 },
+    { '<', "&lt;", 4 },
+    { '\'', "&apos;", 6 },
+    { '"', "&quot;", 6 },
+    { '>', "&gt;", 4 },
 };
 
 namespace {
@@ -96,19 +96,21 @@ bool nameIs(const char* name, const char* component, int length)
 // ---- The reader's steps
 
 // Where the reader stands.
-struct ReadState {
-    const char* position;  // start of the text in front of the next tag
-    int current;           // the open element, -1 at top level
-    int last;              // the element created last, -1 before the first
+struct ReadState
+{
+    const char* position; // start of the text in front of the next tag
+    int current; // the open element, -1 at top level
+    int last; // the element created last, -1 before the first
 };
 
 // A tag as it stands in the document.
-struct Tag {
-    const char* text;  // the text between the reading position and the tag's '<'
+struct Tag
+{
+    const char* text; // the text between the reading position and the tag's '<'
     int textLength;
-    const char* inner;  // what stands between '<' and '>'
+    const char* inner; // what stands between '<' and '>'
     int innerLength;
-    bool selfClosing;  // the last character before '>' is '/'
+    bool selfClosing; // the last character before '>' is '/'
 };
 
 // Where reading goes on behind the processing instruction whose "<?" stands at `open`: it
@@ -321,7 +323,7 @@ int PXML::ParseTag(char* buffer)
 {
     if (!buffer)
         return 0;
-    ReadState state{buffer, -1, -1};
+    ReadState state { buffer, -1, -1 };
     while (const char* open = strchr(state.position, '<')) {
         if (open[1] == '?')
             state.position = skipProcessingInstruction(open);
@@ -403,8 +405,8 @@ int PXML::FindChild(int parent, const char* name, int after) const
 
 // First node numbered above `after` whose parent is `parent` and whose name is exactly
 // the `length` bytes of `component`. An empty component matches nothing.
-static int findComponent(const TeskUtils::Table<NODEI, -1>& nodes, int parent, const char* component,
-                         int length, int after)
+static int findComponent(
+    const TeskUtils::Table<NODEI, -1>& nodes, int parent, const char* component, int length, int after)
 {
     if (length <= 0)
         return -1;

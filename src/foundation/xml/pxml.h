@@ -26,22 +26,25 @@
 class PStream;
 
 // One element of the document.
-struct NODEI {
+struct NODEI
+{
     PStrPairList* attrs; // owned; every node has one
-    char* data;          // malloc, owned; null until text is set
-    char* name;          // malloc, owned
-    int index;           // this node's own number
-    int parent;          // number of the parent, -1 at top level
-    int dataLength;      // decoded length of data as read; 1 for "<a/>"
+    char* data; // malloc, owned; null until text is set
+    char* name; // malloc, owned
+    int index; // this node's own number
+    int parent; // number of the parent, -1 at top level
+    int dataLength; // decoded length of data as read; 1 for "<a/>"
 
     // Frees name, data and attribute list.
     void _destruct();
 };
 
-class PXML {
+class PXML
+{
 public:
     // One of the five entities the reader decodes and the writer produces.
-    struct Symbol {
+    struct Symbol
+    {
         char character;
         const char* text;
         int length;

@@ -12,10 +12,13 @@
 
 #include "foundation/strings/table.h"
 
-template <int BLOCK>
-class SmallStrAllocator {
+template <int BLOCK> class SmallStrAllocator
+{
 public:
-    SmallStrAllocator() : used(0) {}
+    SmallStrAllocator()
+        : used(0)
+    {
+    }
     ~SmallStrAllocator() { release(); }
 
     SmallStrAllocator(const SmallStrAllocator&) = delete;

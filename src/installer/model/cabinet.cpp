@@ -33,7 +33,7 @@ unsigned char* allocateCabinet(int size)
 // doesn't. A cabinet too short to hold a word has that word wrong.
 int checkMagicWords(const unsigned char* data, long size)
 {
-    const uint32_t words[3] = {kCabinetMagic1, kCabinetMagic2, kCabinetMagic3};
+    const uint32_t words[3] = { kCabinetMagic1, kCabinetMagic2, kCabinetMagic3 };
     for (int i = 0; i < 3; ++i) {
         if (size < 4 * (i + 1) || readLittleU32(data + 4 * i) != words[i])
             return -5 - i;
@@ -128,11 +128,12 @@ int Installer::Init(const char* path, int offset, unsigned int flags)
         cabinetIsSolid = 1;
         unsigned char* records = nullptr;
         long recordsSize = 0;
-        int result = solid->decompressData(compressed.get() + kCabinetHeaderSize, size - kCabinetHeaderSize, records,
-                                           recordsSize);
+        int result = solid->decompressData(
+            compressed.get() + kCabinetHeaderSize, size - kCabinetHeaderSize, records, recordsSize);
         if (result != 0) {
             if (debugConsole)
-                debugConsole->Dump("ERROR: The solid decompressor failed decompressing the data (%d)!", result);
+                debugConsole->Dump(
+                    "ERROR: The solid decompressor failed decompressing the data (%d)!", result);
             return result;
         }
         compressed.reset(records);
@@ -151,7 +152,7 @@ int Installer::Init(const char* path, int offset, unsigned int flags)
     for (;;) {
         uint32_t tag = 0;
         bool fits = place <= static_cast<uint64_t>(blockSize)
-                 && static_cast<uint64_t>(blockSize) - place >= static_cast<uint64_t>(kCabinetRecordHeaderSize);
+            && static_cast<uint64_t>(blockSize) - place >= static_cast<uint64_t>(kCabinetRecordHeaderSize);
         if (fits)
             tag = readLittleU32(cabinetData + place);
         if (fits && tag == kCabinetEndTag)
@@ -182,14 +183,14 @@ int Installer::Init(const char* path, int offset, unsigned int flags)
     return 0;
 }
 
-int Installer::Decompress(int index, int& size, TeskUtils::PtrArray<unsigned char>& out,
-                          unsigned char (*md5)[16]) const
+int Installer::Decompress(
+    int index, int& size, TeskUtils::PtrArray<unsigned char>& out, unsigned char (*md5)[16]) const
 {
     size = 0;
     if (!cabinetData || index < 0 || index >= cabinetFiles.size()) {
         if (debugConsole)
             debugConsole->Dump("WARNING: Attempted to Decompress from non-existing memory (%s)",
-                               cabinetData ? "Invalid file index" : "No decompressed cabinet");
+                cabinetData ? "Invalid file index" : "No decompressed cabinet");
         return -1;
     }
     const CabinetFile& file = cabinetFiles[index];
@@ -224,8 +225,8 @@ int Installer::Decompress(int index, int& size, TeskUtils::PtrArray<unsigned cha
     return 0;
 }
 
-int Installer::Decompress(const char* alias, int& size, TeskUtils::PtrArray<unsigned char>& out,
-                          unsigned char (*md5)[16]) const
+int Installer::Decompress(
+    const char* alias, int& size, TeskUtils::PtrArray<unsigned char>& out, unsigned char (*md5)[16]) const
 {
     if (!alias)
         return -1;

@@ -12,13 +12,26 @@
 namespace {
 
 const char* const kThemeColourTags[TC_COUNT] = {
-    "DialogBackground",        "DialogForeground",     "ListBackground",
-    "InputBoxBackground",      "InputBoxText",         "LinkButtons",
-    "ButtonsBackground",       "ButtonsText",          "ActiveButtonsBackground",
-    "ActiveButtonsText",       "ActiveText",           "InactiveText",
-    "HighlightedText",         "ProgressBarForeground", "ProgressBarBackground",
-    "FieldForeground",         "FieldBackground",      "InvalidFieldForeground",
-    "InvalidFieldBackground",  "StaticElements",
+    "DialogBackground",
+    "DialogForeground",
+    "ListBackground",
+    "InputBoxBackground",
+    "InputBoxText",
+    "LinkButtons",
+    "ButtonsBackground",
+    "ButtonsText",
+    "ActiveButtonsBackground",
+    "ActiveButtonsText",
+    "ActiveText",
+    "InactiveText",
+    "HighlightedText",
+    "ProgressBarForeground",
+    "ProgressBarBackground",
+    "FieldForeground",
+    "FieldBackground",
+    "InvalidFieldForeground",
+    "InvalidFieldBackground",
+    "StaticElements",
 };
 
 inline bool isUnset(uint64_t colour)
@@ -131,8 +144,8 @@ int Installer::ExtractColourThemeInfo()
         int index = themeColourFromTag(tag);
         if (index < 0) {
             if (debugConsole)
-                debugConsole->Dump("WARNING: Colour theme tag is not supported by installer: \"%s\"",
-                                   tag ? tag : "");
+                debugConsole->Dump(
+                    "WARNING: Colour theme tag is not supported by installer: \"%s\"", tag ? tag : "");
             continue;
         }
         theme.setColour(colour, index, nullptr);
@@ -198,8 +211,8 @@ void applyThemeDefaults(DLGINFO& dlg, const InstallerTheme& theme)
     for (FIELDINFO& field : dlg.fields) {
         // A set FieldForeground only switches the label to the dialog's foreground; its
         // own value is not used.
-        fillUnset(field.labelColour, isUnset(themed(TC_FIELD_FOREGROUND)) ? themed(TC_ACTIVE_TEXT)
-                                                                          : dlg.foreground);
+        fillUnset(field.labelColour,
+            isUnset(themed(TC_FIELD_FOREGROUND)) ? themed(TC_ACTIVE_TEXT) : dlg.foreground);
         uint64_t fieldBackground = themed(TC_FIELD_BACKGROUND);
         fillUnset(field.background, isUnset(fieldBackground) ? dlg.background : fieldBackground);
         fillUnset(field.inputBackground, themed(TC_INPUT_BOX_BACKGROUND));
@@ -211,14 +224,13 @@ void applyThemeDefaults(DLGINFO& dlg, const InstallerTheme& theme)
     }
 
     for (BUTTONINFO& button : dlg.buttons) {
-        fillUnset(button.foreground, (button.flags & BUTTON_LINK_STYLE) ? themed(TC_LINK_BUTTONS)
-                                                                        : themed(TC_BUTTONS_TEXT));
+        fillUnset(button.foreground,
+            (button.flags & BUTTON_LINK_STYLE) ? themed(TC_LINK_BUTTONS) : themed(TC_BUTTONS_TEXT));
         fillUnset(button.background, themed(TC_BUTTONS_BACKGROUND));
         uint64_t activeText = themed(TC_ACTIVE_BUTTONS_TEXT);
         fillUnset(button.activeForeground, isUnset(activeText) ? button.foreground : activeText);
         uint64_t activeBackground = themed(TC_ACTIVE_BUTTONS_BACKGROUND);
-        fillUnset(button.activeBackground,
-                  isUnset(activeBackground) ? button.background : activeBackground);
+        fillUnset(button.activeBackground, isUnset(activeBackground) ? button.background : activeBackground);
     }
 }
 

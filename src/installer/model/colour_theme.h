@@ -9,28 +9,28 @@
 
 // The named colours of a theme, with the tag that sets each in ColourTheme.
 enum THEMECOLOUR {
-    TC_DIALOG_BACKGROUND = 0,          // DialogBackground
-    TC_DIALOG_FOREGROUND = 1,          // DialogForeground
-    TC_LIST_BACKGROUND = 2,            // ListBackground
-    TC_INPUT_BOX_BACKGROUND = 3,       // InputBoxBackground
-    TC_INPUT_BOX_TEXT = 4,             // InputBoxText
-    TC_LINK_BUTTONS = 5,               // LinkButtons
-    TC_BUTTONS_BACKGROUND = 6,         // ButtonsBackground
-    TC_BUTTONS_TEXT = 7,               // ButtonsText
-    TC_ACTIVE_BUTTONS_BACKGROUND = 8,  // ActiveButtonsBackground
-    TC_ACTIVE_BUTTONS_TEXT = 9,        // ActiveButtonsText
-    TC_ACTIVE_TEXT = 10,               // ActiveText
-    TC_INACTIVE_TEXT = 11,             // InactiveText
-    TC_HIGHLIGHTED_TEXT = 12,          // HighlightedText
-    TC_PROGRESS_BAR_FOREGROUND = 13,   // ProgressBarForeground
-    TC_PROGRESS_BAR_BACKGROUND = 14,   // ProgressBarBackground
-    TC_FIELD_FOREGROUND = 15,          // FieldForeground
-    TC_FIELD_BACKGROUND = 16,          // FieldBackground
-    TC_INVALID_FIELD_FOREGROUND = 17,  // InvalidFieldForeground
-    TC_INVALID_FIELD_BACKGROUND = 18,  // InvalidFieldBackground
-    TC_STATIC_ELEMENTS = 19,           // StaticElements
+    TC_DIALOG_BACKGROUND = 0, // DialogBackground
+    TC_DIALOG_FOREGROUND = 1, // DialogForeground
+    TC_LIST_BACKGROUND = 2, // ListBackground
+    TC_INPUT_BOX_BACKGROUND = 3, // InputBoxBackground
+    TC_INPUT_BOX_TEXT = 4, // InputBoxText
+    TC_LINK_BUTTONS = 5, // LinkButtons
+    TC_BUTTONS_BACKGROUND = 6, // ButtonsBackground
+    TC_BUTTONS_TEXT = 7, // ButtonsText
+    TC_ACTIVE_BUTTONS_BACKGROUND = 8, // ActiveButtonsBackground
+    TC_ACTIVE_BUTTONS_TEXT = 9, // ActiveButtonsText
+    TC_ACTIVE_TEXT = 10, // ActiveText
+    TC_INACTIVE_TEXT = 11, // InactiveText
+    TC_HIGHLIGHTED_TEXT = 12, // HighlightedText
+    TC_PROGRESS_BAR_FOREGROUND = 13, // ProgressBarForeground
+    TC_PROGRESS_BAR_BACKGROUND = 14, // ProgressBarBackground
+    TC_FIELD_FOREGROUND = 15, // FieldForeground
+    TC_FIELD_BACKGROUND = 16, // FieldBackground
+    TC_INVALID_FIELD_FOREGROUND = 17, // InvalidFieldForeground
+    TC_INVALID_FIELD_BACKGROUND = 18, // InvalidFieldBackground
+    TC_STATIC_ELEMENTS = 19, // StaticElements
     TC_COUNT = 20,
-    TC_CUSTOM_GROUP = 21,              // a custom group, addressed by its name
+    TC_CUSTOM_GROUP = 21, // a custom group, addressed by its name
 };
 
 // A colour that was never set.
@@ -47,7 +47,8 @@ uint64_t parseThemeColour(const char* text);
 
 // The colours of one run: twenty named colours, all unset at first, and custom groups
 // by name.
-class InstallerTheme {
+class InstallerTheme
+{
 public:
     InstallerTheme();
 
@@ -64,5 +65,5 @@ public:
 
 private:
     uint64_t colours[TC_COUNT];
-    TeskUtils::HashMap<unsigned long, 1, 13, 0, 1000> groups;  // 13 buckets, chained
+    TeskUtils::HashMap<unsigned long, 1, 13, 0, 1000> groups; // 13 buckets, chained
 };

@@ -63,8 +63,16 @@ int readNumber(const char* text, int& pos)
     return wrap(value);
 }
 
-enum Operator { OP_EQUAL, OP_EQUAL_NOCASE, OP_NOT_EQUAL, OP_NOT_EQUAL_NOCASE, OP_LESS, OP_LESS_EQUAL,
-                OP_GREATER, OP_GREATER_EQUAL };
+enum Operator {
+    OP_EQUAL,
+    OP_EQUAL_NOCASE,
+    OP_NOT_EQUAL,
+    OP_NOT_EQUAL_NOCASE,
+    OP_LESS,
+    OP_LESS_EQUAL,
+    OP_GREATER,
+    OP_GREATER_EQUAL
+};
 
 // Reads the operator at `pos`; false for a '!' or '=' without its second character.
 bool readOperator(const char* text, int& pos, Operator& op)
@@ -167,7 +175,7 @@ int ConditionParser::compare_clause(const char* text, int& pos)
     int order;
     if (leftValue == kString)
         order = ignoreCase ? strcasecmp(left, right) : strcmp(left, right);
-    else  // a string on the right takes part as its mark, -2
+    else // a string on the right takes part as its mark, -2
         order = wrap(static_cast<unsigned int>(leftValue) - static_cast<unsigned int>(rightValue));
     return holds(op, order) ? 1 : 0;
 }
@@ -191,7 +199,8 @@ int ConditionParser::getString(const char* text, int& pos, char* buffer, int siz
         // position inside it.
         size_t span = strcspn(text + pos, "'");
         size_t room = size > 0 ? static_cast<size_t>(size) : 0;
-        pos += static_cast<int>(TeskUtils::copyBounded(buffer, text + pos, span + 1 < room ? span + 1 : room));
+        pos += static_cast<int>(
+            TeskUtils::copyBounded(buffer, text + pos, span + 1 < room ? span + 1 : room));
         if (text[pos] == '\'')
             ++pos;
         return kString;

@@ -19,7 +19,8 @@
 //
 // The functions are stateless; each takes the text and a position that it advances.
 
-class ConditionParser {
+class ConditionParser
+{
 public:
     // Size of the buffer that holds one string operand, terminator included; longer strings
     // are cut.
@@ -50,10 +51,16 @@ public:
 // The growing text buffer in which the engine expands a condition before parsing it:
 // 2048 bytes at first, grown to the next multiple of 2048 that an expansion needs, never
 // shrunk. Owned by the engine.
-struct ConditionBuffer {
+struct ConditionBuffer
+{
     enum { STEP = 2048 };
 
-    ConditionBuffer() : data(new char[STEP]), capacity(STEP) { data[0] = '\0'; }
+    ConditionBuffer()
+        : data(new char[STEP])
+        , capacity(STEP)
+    {
+        data[0] = '\0';
+    }
     ~ConditionBuffer() { delete[] data; }
     ConditionBuffer(const ConditionBuffer&) = delete;
     ConditionBuffer& operator=(const ConditionBuffer&) = delete;

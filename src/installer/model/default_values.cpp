@@ -36,7 +36,8 @@ bool isEmpty(const char* text)
 }
 
 // The attributes and text of one Value element.
-struct ValueElement {
+struct ValueElement
+{
     const char* name;
     const char* dataType;
     const char* condition;
@@ -50,17 +51,17 @@ struct ValueElement {
     const char* text;
 
     ValueElement(const PXML& doc, int node)
-        : name(doc.ParVal(node, "Name")),
-          dataType(doc.ParVal(node, "DataType")),
-          condition(doc.ParVal(node, "Condition")),
-          useOld(doc.ParVal(node, "UseOld")),
-          defaultValue(doc.ParVal(node, "Default")),
-          recalculate(doc.ParVal(node, "Recalculate")),
-          flags(doc.ParVal(node, "Flags")),
-          appName(doc.ParVal(node, "AppName")),
-          directory(doc.ParVal(node, "Directory")),
-          argName(doc.ParVal(node, "ArgName")),
-          text(doc.GetData(node))
+        : name(doc.ParVal(node, "Name"))
+        , dataType(doc.ParVal(node, "DataType"))
+        , condition(doc.ParVal(node, "Condition"))
+        , useOld(doc.ParVal(node, "UseOld"))
+        , defaultValue(doc.ParVal(node, "Default"))
+        , recalculate(doc.ParVal(node, "Recalculate"))
+        , flags(doc.ParVal(node, "Flags"))
+        , appName(doc.ParVal(node, "AppName"))
+        , directory(doc.ParVal(node, "Directory"))
+        , argName(doc.ParVal(node, "ArgName"))
+        , text(doc.GetData(node))
     {
     }
 };
@@ -87,8 +88,8 @@ int Installer::InitDefValues(InstallerUI* ui)
             } else {
                 char text[1200];
                 snprintf(text, sizeof(text),
-                         "Error loading configuration file \"%s\" (%i). Installation can not continue.",
-                         configName, code);
+                    "Error loading configuration file \"%s\" (%i). Installation can not continue.",
+                    configName, code);
                 if (ui)
                     ui->MessageBox(text, 1);
                 result = -1;
@@ -114,24 +115,29 @@ namespace {
 
 // The second pass's work on one Value element, by data type. `exists` tells whether the
 // variable was known before the element, `current` is its value then.
-class ValueReader {
+class ValueReader
+{
 public:
     ValueReader(Installer& owner, const ValueElement& element, const char* before, bool known)
-        : engine(owner), e(element), current(before), exists(known)
+        : engine(owner)
+        , e(element)
+        , current(before)
+        , exists(known)
     {
     }
 
     void read()
     {
-        flags = static_cast<unsigned int>(TeskUtils::maskFromStringList(e.flags, "recalculate;verbatim", ';'));
+        flags
+            = static_cast<unsigned int>(TeskUtils::maskFromStringList(e.flags, "recalculate;verbatim", ';'));
         if (!isEmpty(e.recalculate) && engine.EvalCondition(e.recalculate) != 0)
             flags |= VARFLAG_RECALCULATE;
         takeNew = !e.useOld || !exists || engine.EvalCondition(e.useOld) == 0;
 
         if (isDataType(e.dataType, "registry")) {
             if (engine.debugConsole)
-                engine.debugConsole->Dump("WARNING: Registry value type used on non Windows system (Variable: [%s])",
-                                          e.name);
+                engine.debugConsole->Dump(
+                    "WARNING: Registry value type used on non Windows system (Variable: [%s])", e.name);
         } else if (isDataType(e.dataType, "installvar")) {
             readInstallVar();
         } else if (isDataType(e.dataType, "install_app")) {
@@ -153,10 +159,7 @@ public:
 
 private:
     // Makes `value` the variable's default (and, for a new variable, its value).
-    void setDefault(const char* value)
-    {
-        engine.SetVarExt(e.name, nullptr, nullptr, VARFLAG_KEEP, value);
-    }
+    void setDefault(const char* value) { engine.SetVarExt(e.name, nullptr, nullptr, VARFLAG_KEEP, value); }
 
     // The default taken from the log of another installed application.
     void readInstallVar()
@@ -166,8 +169,8 @@ private:
         char logPath[TeskUtils::kPathSize] = {};
         char found[VARIABLE_VALUE_SIZE] = {};
         const char* value = nullptr;
-        if (engine.getAppLogFileName(e.appName, logPath, sizeof(logPath)) &&
-            engine.getLogFileVar(logPath, e.text, found, sizeof(found)))
+        if (engine.getAppLogFileName(e.appName, logPath, sizeof(logPath))
+            && engine.getLogFileVar(logPath, e.text, found, sizeof(found)))
             value = found;
         else if (e.defaultValue)
             value = e.defaultValue;
@@ -222,15 +225,16 @@ private:
         if (engine.ExpandString(e.text, expansion, sizeof(expansion), e.defaultValue != nullptr) == 0) {
             if (!e.defaultValue) {
                 if (engine.debugConsole)
-                    engine.debugConsole->Dump(
-                        "WARNING: Could not expand variable (and no default provided): %s with expression: %s",
+                    engine.debugConsole->Dump("WARNING: Could not expand variable (and no default provided): "
+                                              "%s with expression: %s",
                         e.name, e.text ? e.text : "");
                 return;
             }
             if (engine.ExpandString(e.defaultValue, expansion, sizeof(expansion), false) == 0) {
                 if (engine.debugConsole)
-                    engine.debugConsole->Dump("WARNING: Could not expand default variable: %s with expression: %s",
-                                              e.name, e.defaultValue);
+                    engine.debugConsole->Dump(
+                        "WARNING: Could not expand default variable: %s with expression: %s", e.name,
+                        e.defaultValue);
                 return;
             }
             engine.SetVarExt(e.name, expansion, e.text, flags, e.defaultValue);
@@ -385,7 +389,8 @@ int Installer::GetDefaultValuesFromXML(const PXML& doc)
         }
         if (!tag || strcmp(tag, "Value") != 0) {
             if (debugConsole)
-                debugConsole->Dump("WARNING: Unrecognized tag type \"%s\" in <DefValues> tag!", tag ? tag : "");
+                debugConsole->Dump(
+                    "WARNING: Unrecognized tag type \"%s\" in <DefValues> tag!", tag ? tag : "");
             continue;
         }
 
@@ -397,9 +402,10 @@ int Installer::GetDefaultValuesFromXML(const PXML& doc)
                     TeskUtils::copyBounded(withName, " with name: ", sizeof(withName));
                     TeskUtils::appendBounded(withName, e.name, sizeof(withName));
                 }
-                debugConsole->Dump("WARNING: A variable in <DefValues> is missing %s%s%s attribute! (Value index: %d%s)",
-                                   e.dataType ? "" : "\"Type\"", !e.dataType && !e.name ? " and " : "",
-                                   e.name ? "" : "\"Name\"", i, withName);
+                debugConsole->Dump(
+                    "WARNING: A variable in <DefValues> is missing %s%s%s attribute! (Value index: %d%s)",
+                    e.dataType ? "" : "\"Type\"", !e.dataType && !e.name ? " and " : "",
+                    e.name ? "" : "\"Name\"", i, withName);
             }
             continue;
         }
@@ -444,7 +450,7 @@ int Installer::GetDefaultValuesFromCMD()
             value = "1";
         int index = GetVar(name, nullptr, 0);
         if (index == -2)
-            continue;  // predefined or environment: not to be set from here
+            continue; // predefined or environment: not to be set from here
         if (index == -1)
             addExcludeVar(name, EXCLUDE_FROM_LOG | EXCLUDE_FROM_CONFIG);
         SetVar(name, value);

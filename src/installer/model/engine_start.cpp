@@ -162,7 +162,7 @@ int Installer::RunInstallerUI(InstallerUI* ui, PConsole* log)
     if (legacyCount > 0 || legacyLogCount > 0)
         setControlVariable(CV_LEGACY_INSTALLATION, "1");
     if (previousInstallState != 0) {
-        char state[2] = {static_cast<char>('0' + previousInstallState % 10), '\0'};
+        char state[2] = { static_cast<char>('0' + previousInstallState % 10), '\0' };
         setControlVariable(CV_PREVIOUS_INSTALLATION, state);
         setControlVariable(CV_SHOULD_UNINSTALL, "1");
     }

@@ -10,21 +10,22 @@
 namespace {
 
 // The control variables that are excluded, in the order they are entered, with their bits.
-struct ControlExclusion {
+struct ControlExclusion
+{
     Installer::ControlVariable which;
     int flags;
 };
 
 const ControlExclusion kControlExclusions[] = {
-    {Installer::CV_PREVIOUS_INSTALLATION, Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_LEGACY_INSTALLATION, Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_PROGRESS_DETAILS, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_INSTALL_ERROR, Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_UNINSTALL_ERROR, Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_CUSTOMIZE_SETTINGS, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_DLG_CONDITION, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_EXTERNAL_LEGACY_INSTALLATION, Installer::EXCLUDE_FROM_CONFIG},
-    {Installer::CV_INSTALLATIONS_COUNT, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG},
+    { Installer::CV_PREVIOUS_INSTALLATION, Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_LEGACY_INSTALLATION, Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_PROGRESS_DETAILS, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_INSTALL_ERROR, Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_UNINSTALL_ERROR, Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_CUSTOMIZE_SETTINGS, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_DLG_CONDITION, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_EXTERNAL_LEGACY_INSTALLATION, Installer::EXCLUDE_FROM_CONFIG },
+    { Installer::CV_INSTALLATIONS_COUNT, Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG },
 };
 
 // The bits of an ExcludeFrom list: "all", "log", "config", case ignored; absent means all.

@@ -36,7 +36,8 @@ bool isNameCharacter(char c)
 
 // Output of ExpandString: copies what fits and counts everything, so that a null buffer
 // measures.
-struct Output {
+struct Output
+{
     char* buffer;
     size_t size;
     size_t count = 0;
@@ -69,7 +70,7 @@ int Installer::ExpandString(const char* text, char* buffer, int size, bool stric
         return 0;
     }
 
-    Output out{buffer, size > 0 ? static_cast<size_t>(size) : 0};
+    Output out { buffer, size > 0 ? static_cast<size_t>(size) : 0 };
     for (size_t i = 0; text[i];) {
         if (text[i] != '[' || !opensReference(text, i)) {
             out.put(text[i++]);
@@ -89,8 +90,8 @@ int Installer::ExpandString(const char* text, char* buffer, int size, bool stric
         value[0] = '\0';
         if (GetVar(name, value, sizeof(value)) == -1) {
             if (debugConsole)
-                debugConsole->Dump("WARNING: Variable [%s] is not initialized in the expression: \"%s\"", name,
-                                   text);
+                debugConsole->Dump(
+                    "WARNING: Variable [%s] is not initialized in the expression: \"%s\"", name, text);
             if (strict) {
                 if (buffer && size >= 1)
                     buffer[0] = '\0';

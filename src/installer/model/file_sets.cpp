@@ -68,8 +68,7 @@ int Installer::GetFilesInfo()
         installTypes.append(type);
     }
 
-    for (int set = templateXml.FindTag("FileSet", -1); set >= 0;
-         set = templateXml.FindTag("FileSet", set)) {
+    for (int set = templateXml.FindTag("FileSet", -1); set >= 0; set = templateXml.FindTag("FileSet", set)) {
         const char* setName = templateXml.ParVal(set, "Name");
         if (!setName)
             continue;
@@ -77,8 +76,8 @@ int Installer::GetFilesInfo()
         memset(&info, 0, sizeof(info));
         TeskUtils::copyBounded(info.name, setName, sizeof(info.name) - 1);
         TeskUtils::copyBounded(info.desc, templateXml.ParVal(set, "Desc"), sizeof(info.desc) - 1);
-        TeskUtils::copyBounded(info.condition, templateXml.ParVal(set, "Condition"),
-                               sizeof(info.condition) - 1);
+        TeskUtils::copyBounded(
+            info.condition, templateXml.ParVal(set, "Condition"), sizeof(info.condition) - 1);
         int setIndex = fileSets.append(info);
 
         // The files of a set are taken from the last node to the first, so that they stand
@@ -101,7 +100,8 @@ int Installer::GetFilesInfo()
             else
                 deriveAlias(text, file.alias, sizeof(file.alias) - 1);
             // A trailing slash doesn't make the name empty: it stays with the name.
-            TeskUtils::copyBounded(file.name, TeskUtils::fileNamePart(text, "/\\", true), sizeof(file.name) - 1);
+            TeskUtils::copyBounded(
+                file.name, TeskUtils::fileNamePart(text, "/\\", true), sizeof(file.name) - 1);
 
             for (int i = cabinetFiles.count - 1; i >= 0; --i) {
                 if (strcmp(cabinetFiles[i].alias, file.alias) == 0) {

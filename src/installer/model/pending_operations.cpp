@@ -196,7 +196,7 @@ bool Installer::terminateApp(const char* name, bool force, const char* directory
 
 // PLACEHOLDER: filled in with the list of installed applications.
 int Installer::InstalledList(TeskUtils::Table<TeskUtils::CharString, 16>* hits, const char* name,
-                             const char* publisher, unsigned int flags)
+    const char* publisher, unsigned int flags)
 {
     (void)hits;
     (void)name;
@@ -206,7 +206,8 @@ int Installer::InstalledList(TeskUtils::Table<TeskUtils::CharString, 16>* hits, 
 }
 
 // PLACEHOLDER: filled in with the uninstall of foreign products.
-bool Installer::UnInstallApplication(const char* name, unsigned int flags, InstallerUI* ui, const char* arguments)
+bool Installer::UnInstallApplication(
+    const char* name, unsigned int flags, InstallerUI* ui, const char* arguments)
 {
     (void)name;
     (void)flags;

@@ -55,8 +55,15 @@ int Installer::getPredefinedVar(const char* name, char* buffer, int size)
     }
 
     static const char* const kComputed[] = {
-        "GUI_INSTALL", "INSTALLER_DIR", "INSTALLER_FILE_NAME", "INSTALLER_BINARY_NAME", "TEMP_DIR",
-        "WX_PORT", "OPERATING_SYSTEM", "OS_HTTP_PROXY", "OS_HTTPS_PROXY",
+        "GUI_INSTALL",
+        "INSTALLER_DIR",
+        "INSTALLER_FILE_NAME",
+        "INSTALLER_BINARY_NAME",
+        "TEMP_DIR",
+        "WX_PORT",
+        "OPERATING_SYSTEM",
+        "OS_HTTP_PROXY",
+        "OS_HTTPS_PROXY",
     };
     int row = -1;
     for (int i = 0; i < static_cast<int>(sizeof(kComputed) / sizeof(kComputed[0])) && row < 0; ++i) {
@@ -109,7 +116,7 @@ int Installer::getPredefinedVar(const char* name, char* buffer, int size)
         if (error.isError()) {
             if (debugConsole)
                 debugConsole->Dump("WARNING: Failed to obtain system proxy settings: ErrorCode(%d): %s",
-                                   error.getError(), error.getErrorString().c_str());
+                    error.getError(), error.getErrorString().c_str());
         } else if (config.found) {
             // Only the upper-case spelling of OS_HTTPS_PROXY reaches the HTTPS entry; the
             // name's eighth character decides.

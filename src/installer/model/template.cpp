@@ -23,11 +23,9 @@ const char* const kSupportEmailPath = "QuilbGroupInstallation/Desc/ProductDesc/S
 const char* const kHelpUrlPath = "QuilbGroupInstallation/Desc/ProductDesc/InstallHelpURL";
 const char* const kAbortMessagesPath = "QuilbGroupInstallation/Desc/ProductDesc/AbortMessages";
 const char* const kInstallLogFilePath = "QuilbGroupInstallation/Installation/Uninstall/InstallLogFile";
-const char* const kInstallBackupFilePath =
-    "QuilbGroupInstallation/Installation/Uninstall/InstallBackupFile";
+const char* const kInstallBackupFilePath = "QuilbGroupInstallation/Installation/Uninstall/InstallBackupFile";
 const char* const kUninstallCmdPath = "QuilbGroupInstallation/Installation/Uninstall/UninstallCmd";
-const char* const kUninstallXmlFilePath =
-    "QuilbGroupInstallation/Installation/Uninstall/UninstallXmlFile";
+const char* const kUninstallXmlFilePath = "QuilbGroupInstallation/Installation/Uninstall/UninstallXmlFile";
 
 // The text of the tag at `path`, or null when the tag or its text is missing.
 const char* tagText(const PXML& xml, const char* path)
@@ -63,42 +61,43 @@ bool appendVersionPart(const PXML& xml, const char* path, char* buffer, int size
 }
 
 // The children of ProductDesc that GetProductDesc reads, with their field offsets.
-struct ProductField {
+struct ProductField
+{
     const char* tag;
     size_t offset;
 };
 
 const ProductField kProductFields[] = {
-    {"Fullname", offsetof(Installer::ProductDescription, fullName)},
-    {"MajorVersion", offsetof(Installer::ProductDescription, majorVersion)},
-    {"MinorVersion", offsetof(Installer::ProductDescription, minorVersion)},
-    {"MinestVersion", offsetof(Installer::ProductDescription, minestVersion)},
-    {"LetterVersion", offsetof(Installer::ProductDescription, letterVersion)},
-    {"Website", offsetof(Installer::ProductDescription, website)},
-    {"Supportsite", offsetof(Installer::ProductDescription, supportSite)},
-    {"Supportemail", offsetof(Installer::ProductDescription, supportEmail)},
+    { "Fullname", offsetof(Installer::ProductDescription, fullName) },
+    { "MajorVersion", offsetof(Installer::ProductDescription, majorVersion) },
+    { "MinorVersion", offsetof(Installer::ProductDescription, minorVersion) },
+    { "MinestVersion", offsetof(Installer::ProductDescription, minestVersion) },
+    { "LetterVersion", offsetof(Installer::ProductDescription, letterVersion) },
+    { "Website", offsetof(Installer::ProductDescription, website) },
+    { "Supportsite", offsetof(Installer::ProductDescription, supportSite) },
+    { "Supportemail", offsetof(Installer::ProductDescription, supportEmail) },
 };
 
 // The control variables: tag under InstallerControlVariables and, for the rows whose
 // missing-tag warning has a precondition, what must exist for the warning to be given.
-struct ControlVariableRow {
+struct ControlVariableRow
+{
     const char* tag;
-    const char* precondition;  // a path for FindFullTag, a tag for FindTag, or null
+    const char* precondition; // a path for FindFullTag, a tag for FindTag, or null
     bool preconditionIsPath;
 };
 
 const ControlVariableRow kControlVariableRows[Installer::CV_COUNT] = {
-    {"PreviousInstallation", nullptr, false},
-    {"LegacyInstallation", "/QuilbGroupInstallation/ProductDesc/LegacyApplication", true},
-    {"ShouldUninstall", nullptr, false},
-    {"CustomizeSettings", nullptr, false},
-    {"ProgressDetails", nullptr, false},
-    {"InstallError", nullptr, false},
-    {"UninstallError", nullptr, false},
-    {"DlgCondition", nullptr, false},
-    {"ExternalLegacyInstallation", "/QuilbGroupInstallation/ProductDesc/ExternalLegacyApplication",
-     true},
-    {"InstallationsCount", "InstallationCleanup", false},
+    { "PreviousInstallation", nullptr, false },
+    { "LegacyInstallation", "/QuilbGroupInstallation/ProductDesc/LegacyApplication", true },
+    { "ShouldUninstall", nullptr, false },
+    { "CustomizeSettings", nullptr, false },
+    { "ProgressDetails", nullptr, false },
+    { "InstallError", nullptr, false },
+    { "UninstallError", nullptr, false },
+    { "DlgCondition", nullptr, false },
+    { "ExternalLegacyInstallation", "/QuilbGroupInstallation/ProductDesc/ExternalLegacyApplication", true },
+    { "InstallationsCount", "InstallationCleanup", false },
 };
 
 } // namespace
@@ -289,9 +288,8 @@ int Installer::ExtractControlVariableNames()
 
         bool warn = true;
         if (row.precondition) {
-            int found = row.preconditionIsPath
-                            ? templateXml.FindFullTag(row.precondition, -1, nullptr)
-                            : templateXml.FindTag(row.precondition, -1);
+            int found = row.preconditionIsPath ? templateXml.FindFullTag(row.precondition, -1, nullptr)
+                                               : templateXml.FindTag(row.precondition, -1);
             warn = found >= 0;
         }
         if (warn && debugConsole)

@@ -18,30 +18,30 @@ enum {
 
 // Flags of a record, and the one argument-only mask of SetVarExt.
 enum : uint32_t {
-    VARFLAG_RECALCULATE = 1,   // the value follows its $NAME expression on every recalculation
-    VARFLAG_VERBATIM = 2,      // exempt from the clean-up of doubled slashes
-    VARFLAG_KEEP = 0x10000,    // SetVarExt only: leave the flags of an existing record alone
+    VARFLAG_RECALCULATE = 1, // the value follows its $NAME expression on every recalculation
+    VARFLAG_VERBATIM = 2, // exempt from the clean-up of doubled slashes
+    VARFLAG_KEEP = 0x10000, // SetVarExt only: leave the flags of an existing record alone
 };
 
-struct VariableRecord {
+struct VariableRecord
+{
     uint32_t flags;
     char name[VARIABLE_NAME_SIZE];
     char value[VARIABLE_VALUE_SIZE];
-    char expression[VARIABLE_VALUE_SIZE];  // the $NAME expression, or empty
+    char expression[VARIABLE_VALUE_SIZE]; // the $NAME expression, or empty
     char defaultValue[VARIABLE_VALUE_SIZE];
 };
 
 // What ResetVar does to a record.
 enum VariableResetType {
-    VARRESET_EXPRESSION = 0,    // recompute from the expression, stop recalculating
-    VARRESET_RECALCULATE = 1,   // recompute from the expression, recalculate from now on
-    VARRESET_DEFAULT = 2,       // copy the default into the value; flags stay
+    VARRESET_EXPRESSION = 0, // recompute from the expression, stop recalculating
+    VARRESET_RECALCULATE = 1, // recompute from the expression, recalculate from now on
+    VARRESET_DEFAULT = 2, // copy the default into the value; flags stay
 };
 
 // Copies the first `length` characters of `text` (a name, or a part of one) into `out`, cut
 // to the buffer and terminated.
-template <size_t N>
-inline void copyNamePart(char (&out)[N], const char* text, size_t length)
+template <size_t N> inline void copyNamePart(char (&out)[N], const char* text, size_t length)
 {
     TeskUtils::copyBounded(out, text, length + 1 < N ? length + 1 : N);
 }

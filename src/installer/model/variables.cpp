@@ -22,7 +22,8 @@ const int kRecalcLimit = 1024;
 
 // The last record named `base`, ignoring case: its index, and its value in `buffer` (the
 // whole buffer cleared first) when a buffer is given. -1 when there is none.
-int readRecord(const TeskUtils::Table<VariableRecord, 100>& variables, const char* base, char* buffer, int size)
+int readRecord(
+    const TeskUtils::Table<VariableRecord, 100>& variables, const char* base, char* buffer, int size)
 {
     for (int i = variables.count - 1; i >= 0; --i) {
         if (strncasecmp(base, variables[i].name, VARIABLE_NAME_SIZE) != 0)
@@ -72,7 +73,7 @@ long substringStart(const char* token, const char* value, long length, const cha
         return 0;
     }
     if (n < 0)
-        n = 0;  // a negative start has no meaning of its own: it counts from the start
+        n = 0; // a negative start has no meaning of its own: it counts from the start
     return n < length ? n : length;
 }
 
@@ -80,7 +81,8 @@ long substringStart(const char* token, const char* value, long length, const cha
 // first occurrence of the text from `start` on (the end when there is none), for a number
 // that many characters on, never past the end. An invalid number logs a warning about `name`
 // and keeps the end.
-long substringEnd(const char* token, const char* value, long start, long length, const char* name, PConsole* log)
+long substringEnd(
+    const char* token, const char* value, long start, long length, const char* name, PConsole* log)
 {
     if (token[0] == '#') {
         const char* found = strstr(value + start, token + 1);
@@ -172,8 +174,8 @@ int Installer::SetVar(const char* text)
     return SetVar(name, value);
 }
 
-int Installer::SetVarExt(const char* name, const char* value, const char* expression, unsigned int flags,
-                         const char* defaultValue)
+int Installer::SetVarExt(
+    const char* name, const char* value, const char* expression, unsigned int flags, const char* defaultValue)
 {
     if (!name || !*name)
         return -1;
@@ -191,9 +193,13 @@ int Installer::SetVarExt(const char* name, const char* value, const char* expres
         VariableRecord& record = variables.append();
         record.flags = flags & ~static_cast<unsigned int>(VARFLAG_KEEP);
         TeskUtils::copyBounded(record.name, name, sizeof(record.name));
-        TeskUtils::copyBounded(record.defaultValue, defaultValue ? defaultValue : "", sizeof(record.defaultValue));
-        TeskUtils::copyBounded(record.value, value ? value : defaultValue ? defaultValue : "",
-                               sizeof(record.value));
+        TeskUtils::copyBounded(
+            record.defaultValue, defaultValue ? defaultValue : "", sizeof(record.defaultValue));
+        TeskUtils::copyBounded(record.value,
+            value              ? value
+                : defaultValue ? defaultValue
+                               : "",
+            sizeof(record.value));
         TeskUtils::copyBounded(record.expression, expression ? expression : "", sizeof(record.expression));
         if (!(record.flags & VARFLAG_VERBATIM)) {
             TeskUtils::removeDoubleSlashes(record.defaultValue);

@@ -13,18 +13,19 @@ namespace {
 const char kTab = '\t';
 
 // Keywords of the records, in the order a line is tested against them.
-struct Keyword {
+struct Keyword
+{
     ActionLog::RecordKind kind;
     const char* text;
 };
 const Keyword kKeywords[] = {
-    {ActionLog::RecordDir, "DIR"},
-    {ActionLog::RecordFile, "FILE"},
-    {ActionLog::RecordEnv, "ENV"},
-    {ActionLog::RecordIni, "INI"},
-    {ActionLog::RecordShortcut, "SHORTCUT"},
-    {ActionLog::RecordFirewall, "FIREWALL"},
-    {ActionLog::RecordModifyFile, "MODIFYFILE"},
+    { ActionLog::RecordDir, "DIR" },
+    { ActionLog::RecordFile, "FILE" },
+    { ActionLog::RecordEnv, "ENV" },
+    { ActionLog::RecordIni, "INI" },
+    { ActionLog::RecordShortcut, "SHORTCUT" },
+    { ActionLog::RecordFirewall, "FIREWALL" },
+    { ActionLog::RecordModifyFile, "MODIFYFILE" },
 };
 
 const char* skipTabs(const char* text)
@@ -35,7 +36,8 @@ const char* skipTabs(const char* text)
 }
 
 // Builds a scanf pattern once, from a printf format that spells out its keyword and TABs.
-struct Pattern {
+struct Pattern
+{
     char text[64];
 };
 
@@ -82,7 +84,7 @@ void writeFirewallApp(PConsole& log, const char* path)
 void writeFirewallPort(PConsole& log, long port, const char* protocol, const char* name)
 {
     log.Dump("%s%c%s%c%ld%c%s%c%s", "FIREWALL", kTab, "PORT", kTab, port, kTab, protocol ? protocol : "",
-             kTab, name ? name : "");
+        kTab, name ? name : "");
 }
 
 const char* countFormat()

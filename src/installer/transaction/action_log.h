@@ -112,7 +112,8 @@ void seekRecords(FILE* stream);
 } // namespace ActionLog
 
 // An owner of text lines read from a stream, one array of the exact length per line.
-class LineArray {
+class LineArray
+{
 public:
     LineArray() = default;
     ~LineArray() { free(); }

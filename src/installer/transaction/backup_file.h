@@ -24,7 +24,8 @@
 class InstallerUI;
 class PConsole;
 
-class BackupFile : public PFileStream {
+class BackupFile : public PFileStream
+{
 public:
     enum Mode { ModeClosed = 0, ModeRead = 1, ModeWrite = 2 };
     // The 38 characters of the header; the header on disk is these and a NUL.

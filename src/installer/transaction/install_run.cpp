@@ -31,17 +31,18 @@ const int kExpansionLimit = 8192;
 
 // The steps after the file loop, in their order, with the text that the front end shows
 // and the failure messages name, and the step's bit in the run's error mask.
-struct InstallStep {
+struct InstallStep
+{
     const char* text;
     int bit;
 };
 const InstallStep kSteps[] = {
-    {"Updating environment variables", 1},
-    {"Updating .ini files", 2},
-    {"Modifying files", 4},
-    {"Creating shortcuts", 8},
-    {"Updating Firewall", 16},
-    {"Running additional installations", 32},
+    { "Updating environment variables", 1 },
+    { "Updating .ini files", 2 },
+    { "Modifying files", 4 },
+    { "Creating shortcuts", 8 },
+    { "Updating Firewall", 16 },
+    { "Running additional installations", 32 },
 };
 
 // Copies `from` to `to` through 1024-byte blocks. `streamErrors` receives whether either
@@ -71,7 +72,8 @@ bool copyThroughBlocks(const char* from, const char* to, bool& streamErrors)
 }
 
 // The state of one file of the loop.
-struct FileState {
+struct FileState
+{
     char path[TeskUtils::kPathSize] = {};
     bool existed = false;
     bool differs = true;
@@ -103,7 +105,8 @@ bool differsFromPacked(const char* path, const unsigned char (&md5)[16], bool& e
 
 // Writes `size` bytes of `content` to the file's path; a busy executable that can't be
 // opened is deleted and made anew once. False (with `failed` set) on any failure.
-bool writeInstalledFile(Installer& engine, InstallerUI* ui, FileState& file, const unsigned char* content, int size)
+bool writeInstalledFile(
+    Installer& engine, InstallerUI* ui, FileState& file, const unsigned char* content, int size)
 {
     PFileStream out;
     int result = out.Create(file.path, 0);
@@ -120,7 +123,8 @@ bool writeInstalledFile(Installer& engine, InstallerUI* ui, FileState& file, con
     out.Close();
     if (result != 0 || written < size) {
         if (engine.debugLevel > 2 && engine.debugConsole)
-            engine.debugConsole->Dump("- ERROR: Writing file failed (iores = %d, written = %d)", result, written);
+            engine.debugConsole->Dump(
+                "- ERROR: Writing file failed (iores = %d, written = %d)", result, written);
         file.failed = true;
         return false;
     }
@@ -156,8 +160,8 @@ int Installer::RetryExecutableDelete(InstallerUI* ui, const char* path, unsigned
     if (stat(path, &info) != 0 || !(info.st_mode & S_IXUSR))
         return false;
 
-    if (isAppRunning(name, nullptr) &&
-        (terminateApp(name, false, nullptr) || terminateApp(name, true, nullptr))) {
+    if (isAppRunning(name, nullptr)
+        && (terminateApp(name, false, nullptr) || terminateApp(name, true, nullptr))) {
         unsigned step = timeoutMs / 20 < 50 ? timeoutMs / 20 : 50;
         unsigned waited = 0;
         while (isAppRunning(name, nullptr) && waited <= timeoutMs) {
@@ -227,12 +231,24 @@ int Installer::DoInstall(InstallerUI* ui)
             ui->SetDestination(step.text);
         int outcome;
         switch (step.bit) {
-        case 1: outcome = UpdateEnv(actionLog, ui); break;
-        case 2: outcome = UpdateINI(actionLog, ui); break;
-        case 4: outcome = ModifyFiles(actionLog, ui); break;
-        case 8: outcome = UpdateShortcuts(actionLog, ui); break;
-        case 16: outcome = UpdateFirewall(actionLog, ui); break;
-        default: outcome = RunFiles(ui, "AdditionalInstall"); break;
+        case 1:
+            outcome = UpdateEnv(actionLog, ui);
+            break;
+        case 2:
+            outcome = UpdateINI(actionLog, ui);
+            break;
+        case 4:
+            outcome = ModifyFiles(actionLog, ui);
+            break;
+        case 8:
+            outcome = UpdateShortcuts(actionLog, ui);
+            break;
+        case 16:
+            outcome = UpdateFirewall(actionLog, ui);
+            break;
+        default:
+            outcome = RunFiles(ui, "AdditionalInstall");
+            break;
         }
         if (outcome != 0)
             stepErrors |= step.bit;
@@ -246,8 +262,8 @@ int Installer::DoInstall(InstallerUI* ui)
         ui->SetOverallProgress(100);
         ui->ProgressEnd();
         ui->EndDecompress(nullptr, true);
-        ui->SetDestination(failed ? "There were errors during the installation."
-                                  : "The installation was successful.");
+        ui->SetDestination(
+            failed ? "There were errors during the installation." : "The installation was successful.");
     }
     actionLog.Done();
     backup.Close();
@@ -292,7 +308,8 @@ void Installer::placeInstallFiles(const char* tempLog, const char* tempBackup)
     InstallerFileUtils::remove(tempBackup);
 }
 
-bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index, int count, BackupFile& backup)
+bool Installer::installFile(
+    InstallerUI* ui, const FILENAMES& record, int index, int count, BackupFile& backup)
 {
     if (!record.dest[0])
         return false;
@@ -310,12 +327,13 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
     if (ExpandString(record.dest, directory, sizeof directory, false) == 0) {
         fileErrors = true;
         if (debugConsole)
-            debugConsole->Dump("ERROR: Expanding full destination of a file: %s (alias: %s)", record.dest,
-                               record.alias);
+            debugConsole->Dump(
+                "ERROR: Expanding full destination of a file: %s (alias: %s)", record.dest, record.alias);
     }
     if (strchr(directory, '\\') && debugConsole)
-        debugConsole->Dump("WARNING: File destination containing escape characters on Unix system: %s (alias %s)",
-                           directory, record.alias);
+        debugConsole->Dump(
+            "WARNING: File destination containing escape characters on Unix system: %s (alias %s)", directory,
+            record.alias);
     TeskUtils::appendBounded(directory, "/", sizeof directory);
     TeskUtils::removeDoubleSlashes(directory);
 
@@ -349,7 +367,8 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
         if (!record.okIfMissing) {
             fileErrors = true;
             if (debugConsole)
-                debugConsole->Dump("ERROR: File missing from the compressed cabinet! (alias: %s)", record.alias);
+                debugConsole->Dump(
+                    "ERROR: File missing from the compressed cabinet! (alias: %s)", record.alias);
         }
         return fileErrors;
     }
@@ -365,7 +384,8 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
         if (!error) {
             snprintf(message, sizeof message, "Back up %s", file.path);
         } else {
-            snprintf(message, sizeof message, "FAILED to back up %s: %s", file.path, error.getErrorString().c_str());
+            snprintf(message, sizeof message, "FAILED to back up %s: %s", file.path,
+                error.getErrorString().c_str());
             logCollector.AddEntry(message);
             fileErrors = true;
         }
@@ -387,7 +407,8 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
         data.data[size] = '\0';
         unsigned char* text = expanded.allocArray(kExpansionLimit);
         text[0] = '\0';
-        ExpandString(reinterpret_cast<const char*>(data.data), reinterpret_cast<char*>(text), kExpansionLimit, false);
+        ExpandString(
+            reinterpret_cast<const char*>(data.data), reinterpret_cast<char*>(text), kExpansionLimit, false);
         size = static_cast<int>(strnlen(reinterpret_cast<char*>(text), kExpansionLimit));
         content = text;
     }
@@ -401,14 +422,14 @@ bool Installer::installFile(InstallerUI* ui, const FILENAMES& record, int index,
         ui->SetOverallProgress(static_cast<int>(std::ceil(static_cast<float>(index) / count * 100)));
         char message[1100];
         snprintf(message, sizeof message, "%s%s%s", file.failed ? "FAILED to " : "",
-                 file.existed && file.differs ? "Overwrite " : "Create ", file.path);
+            file.existed && file.differs ? "Overwrite " : "Create ", file.path);
         if (file.failed)
             logCollector.AddEntry(message);
         ui->EndDecompress(message, refresh);
     } else if (file.failed) {
         char message[1100];
-        snprintf(message, sizeof message, "FAILED to %s%s", file.existed && file.differs ? "Overwrite " : "Create ",
-                 file.path);
+        snprintf(message, sizeof message, "FAILED to %s%s",
+            file.existed && file.differs ? "Overwrite " : "Create ", file.path);
         logCollector.AddEntry(message);
     }
     return fileErrors;
@@ -451,9 +472,10 @@ int Installer::postInstall(InstallerUI* ui)
             char line[TeskUtils::kPathSize + 64];
             snprintf(line, sizeof line, "Successfully created configuration file:\n\t\"%s\"", name);
             ui->EndDecompress(line, false);
-            ui->EndDecompress("You can use the file to automatically install the same product on different machine "
-                              "with the same settings, by running the installer with the following arguments:",
-                              false);
+            ui->EndDecompress(
+                "You can use the file to automatically install the same product on different machine "
+                "with the same settings, by running the installer with the following arguments:",
+                false);
             snprintf(line, sizeof line, " -configFile=\"%s\" {-ignoreErrors=1}", name);
             ui->EndDecompress(line, true);
         }

@@ -6,9 +6,11 @@
 
 class InstallerUI;
 
-class LogCollector {
+class LogCollector
+{
 public:
-    struct Row {
+    struct Row
+    {
         char text[520];
     };
 

@@ -104,7 +104,8 @@ void rewriteVariableBlock(const Installer& installer, FILE* in, FILE* out)
     for (const VariableRecord& record : installer.variables) {
         if (!keptInLog(installer, record))
             continue;
-        snprintf(line, sizeof line, "%s%c%s%c%s\r\n", kVariableKeyword, kTab, record.name, kTab, record.value);
+        snprintf(
+            line, sizeof line, "%s%c%s%c%s\r\n", kVariableKeyword, kTab, record.name, kTab, record.value);
         fputs(line, out);
     }
 

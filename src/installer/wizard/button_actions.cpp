@@ -25,7 +25,7 @@ void Installer::PerformButtonAction(InstallerUI* ui, const char* action)
         const char* word = token.c_str();
         if (startsWith(word, "Cancel")) {
             EvCancel(ui);
-            return;  // nothing after a cancel runs
+            return; // nothing after a cancel runs
         }
         if (startsWith(word, "Help")) {
             EvHelp(ui);

@@ -8,8 +8,7 @@
 namespace {
 
 // Element `index` of `table`, or null when out of range.
-template <class T, int STEP>
-T* elementAt(TeskUtils::Table<T, STEP>& table, int index)
+template <class T, int STEP> T* elementAt(TeskUtils::Table<T, STEP>& table, int index)
 {
     return index >= 0 && index < table.count ? &table[index] : nullptr;
 }

@@ -8,7 +8,8 @@
 class Installer;
 class InstallerUI;
 
-class DlgCondition {
+class DlgCondition
+{
 public:
     virtual ~DlgCondition();
     // True when nothing stands in the way of going on.
@@ -19,16 +20,18 @@ public:
 };
 
 // Applications that must not run while the wizard goes on.
-class RunningAppsCondition : public DlgCondition {
+class RunningAppsCondition : public DlgCondition
+{
 public:
     enum {
-        APP_SHOWN = 1,    // the name stands in the list on screen
-        APP_RUNNING = 2,  // the application ran at the last test
+        APP_SHOWN = 1, // the name stands in the list on screen
+        APP_RUNNING = 2, // the application ran at the last test
     };
 
-    struct Entry {
+    struct Entry
+    {
         TeskUtils::CharString name;
-        TeskUtils::CharString directory;  // expanded Directory attribute; empty when not given
+        TeskUtils::CharString directory; // expanded Directory attribute; empty when not given
         unsigned char flags = 0;
     };
 
@@ -48,11 +51,13 @@ public:
 };
 
 // Other products that must not be installed while the wizard goes on.
-class ExternalInstallationCondition : public DlgCondition {
+class ExternalInstallationCondition : public DlgCondition
+{
 public:
-    struct Entry {
+    struct Entry
+    {
         TeskUtils::CharString name;
-        unsigned int flags = 0;  // the flags for IsInstalled
+        unsigned int flags = 0; // the flags for IsInstalled
     };
 
     void addEntry(const char* name, unsigned int flags);

@@ -16,14 +16,14 @@ class DlgCondition;
 
 // Bits of DLGINFO::flags, from the ';'-list of the attribute Special.
 enum DLGTYPE {
-    DLG_BAD_FINISH = 1,       // "BadFinish" or "1": a failure end
-    DLG_HAS_SUBDIALOGS = 2,   // "HasSubDialogs": a frame with a task list and sub-dialogs
-    DLG_AUTO_NEXT = 4,        // "AutoNext": leaves by itself after its stage work
-    DLG_FINISH = 8,           // "Finish": the wizard ends when leaving it
-    DLG_WEAK_CONDITION = 16,  // "WeakCondition": a failing condition object doesn't hold
-    DLG_BUSY = 32,            // "Busy"
-    DLG_AUTOMATED = 64,       // "Automated": the console polls its condition
-    DLG_NO_CAPTION = 128,     // "NoCaption"
+    DLG_BAD_FINISH = 1, // "BadFinish" or "1": a failure end
+    DLG_HAS_SUBDIALOGS = 2, // "HasSubDialogs": a frame with a task list and sub-dialogs
+    DLG_AUTO_NEXT = 4, // "AutoNext": leaves by itself after its stage work
+    DLG_FINISH = 8, // "Finish": the wizard ends when leaving it
+    DLG_WEAK_CONDITION = 16, // "WeakCondition": a failing condition object doesn't hold
+    DLG_BUSY = 32, // "Busy"
+    DLG_AUTOMATED = 64, // "Automated": the console polls its condition
+    DLG_NO_CAPTION = 128, // "NoCaption"
 };
 
 // Control types (UICTRL::type), by tag name without regard to case.
@@ -83,18 +83,19 @@ enum TRIGGERTYPE {
 };
 
 // One control of a dialog.
-struct UICTRL {
-    char name[200];                         // Name
-    int type;                               // UICTRLTYPE
+struct UICTRL
+{
+    char name[200]; // Name
+    int type; // UICTRLTYPE
     int x, y, w, h;
-    char condition[512];                    // Condition
-    char details[512];                      // Details
+    char condition[512]; // Condition
+    char details[512]; // Details
     // The element's text, owned (new[]), with each two-character sequence backslash-n
     // replaced by CR LF; null without text.
     char* text;
-    int hAlign, vAlign;                     // UIALIGN
-    uint64_t background;                    // BkgColour
-    uint64_t foreground;                    // FgColour
+    int hAlign, vAlign; // UIALIGN
+    uint64_t background; // BkgColour
+    uint64_t foreground; // FgColour
 
     UICTRL();
     UICTRL(const UICTRL& other);
@@ -105,89 +106,94 @@ struct UICTRL {
 };
 
 // One input field of a dialog.
-struct FIELDINFO {
-    char label[200] = {};                   // Label
-    char variable[200] = {};                // the element's text
-    int type = 0;                           // FIELDTYPE
-    int x = -1, y = -1;                     // -1 when absent
-    char content[512] = {};                 // Content
-    char condition[512] = {};               // Condition
-    int w = -1, h = -1;                     // -1 when absent
-    char description[512] = {};             // Description
-    char enableCondition[512] = {};         // Enable
-    char validationVariable[512] = {};      // ValidationVariable
+struct FIELDINFO
+{
+    char label[200] = {}; // Label
+    char variable[200] = {}; // the element's text
+    int type = 0; // FIELDTYPE
+    int x = -1, y = -1; // -1 when absent
+    char content[512] = {}; // Content
+    char condition[512] = {}; // Condition
+    int w = -1, h = -1; // -1 when absent
+    char description[512] = {}; // Description
+    char enableCondition[512] = {}; // Enable
+    char validationVariable[512] = {}; // ValidationVariable
     int hAlign = 0, vAlign = 0;
-    uint64_t labelColour = COLOUR_NOT_SET;  // LabelColour
-    uint64_t background = COLOUR_NOT_SET;   // set by the theme only
-    uint64_t inputBackground = COLOUR_NOT_SET;  // InputBkgColour
-    uint64_t inputForeground = COLOUR_NOT_SET;  // InputFgColour
-    uint64_t buttonBackground = COLOUR_NOT_SET;  // ButtonBkgColour
-    uint64_t buttonForeground = COLOUR_NOT_SET;  // ButtonFgColour
-    uint64_t invalidBackground = COLOUR_NOT_SET;  // InvalidBkgColour
-    uint64_t invalidForeground = COLOUR_NOT_SET;  // InvalidFgColour
-    TeskUtils::CharString tooltip;          // Tooltip
-    TeskUtils::CharString style;            // Style
+    uint64_t labelColour = COLOUR_NOT_SET; // LabelColour
+    uint64_t background = COLOUR_NOT_SET; // set by the theme only
+    uint64_t inputBackground = COLOUR_NOT_SET; // InputBkgColour
+    uint64_t inputForeground = COLOUR_NOT_SET; // InputFgColour
+    uint64_t buttonBackground = COLOUR_NOT_SET; // ButtonBkgColour
+    uint64_t buttonForeground = COLOUR_NOT_SET; // ButtonFgColour
+    uint64_t invalidBackground = COLOUR_NOT_SET; // InvalidBkgColour
+    uint64_t invalidForeground = COLOUR_NOT_SET; // InvalidFgColour
+    TeskUtils::CharString tooltip; // Tooltip
+    TeskUtils::CharString style; // Style
 };
 
 // One button of a dialog.
-struct BUTTONINFO {
-    char label[200] = {};                   // the element's text
-    char action[512] = {};                  // Action, or the preset of Name
-    char condition[512] = {};               // Condition
-    char enableCondition[512] = {};         // EnableCondition
-    int shift = 0;                          // DialogShift, or the preset of Name
-    int flags = 0;                          // BUTTONFLAGS
+struct BUTTONINFO
+{
+    char label[200] = {}; // the element's text
+    char action[512] = {}; // Action, or the preset of Name
+    char condition[512] = {}; // Condition
+    char enableCondition[512] = {}; // EnableCondition
+    int shift = 0; // DialogShift, or the preset of Name
+    int flags = 0; // BUTTONFLAGS
     int x = 0, y = 0, w = 0, h = 0;
     int hAlign = 0, vAlign = 0;
-    uint64_t background = COLOUR_NOT_SET;   // BkgColour
-    uint64_t foreground = COLOUR_NOT_SET;   // FgColour
-    uint64_t activeBackground = COLOUR_NOT_SET;  // ActiveBkgColour
-    uint64_t activeForeground = COLOUR_NOT_SET;  // ActiveFgColour
+    uint64_t background = COLOUR_NOT_SET; // BkgColour
+    uint64_t foreground = COLOUR_NOT_SET; // FgColour
+    uint64_t activeBackground = COLOUR_NOT_SET; // ActiveBkgColour
+    uint64_t activeForeground = COLOUR_NOT_SET; // ActiveFgColour
 };
 
 // One task of the task list of a dialog with sub-dialogs; its index is the index of its
 // sub-dialog.
-struct TASKINFO {
+struct TASKINFO
+{
     TASKSTATUS status = TASK_NOT_REACHED;
-    char name[200] = {};                    // the tag name
-    char currentLabel[512] = {};            // CurrentLabel
-    char finishLabel[512] = {};             // FinishLabel
-    char unreachedLabel[512] = {};          // UnreachedLabel
-    char showCondition[512] = {};           // ShowCondition
-    char enableCondition[512] = {};         // EnableCondition
+    char name[200] = {}; // the tag name
+    char currentLabel[512] = {}; // CurrentLabel
+    char finishLabel[512] = {}; // FinishLabel
+    char unreachedLabel[512] = {}; // UnreachedLabel
+    char showCondition[512] = {}; // ShowCondition
+    char enableCondition[512] = {}; // EnableCondition
 };
 
 // One trigger of a dialog.
-struct TRIGGER_INFO {
-    int evaluation = 0;                     // TRIGGER_EVALUATION bits, from EvaluateOn
-    int type = 0;                           // TRIGGERTYPE
-    char variable[1024] = {};               // Variable
-    char value[1024] = {};                  // Value
-    char condition[512] = {};               // Condition
-    TeskUtils::CharString text;             // the element's text
-    int updateMask = 0;                     // UPDATETYPE bits, from UpdateList
+struct TRIGGER_INFO
+{
+    int evaluation = 0; // TRIGGER_EVALUATION bits, from EvaluateOn
+    int type = 0; // TRIGGERTYPE
+    char variable[1024] = {}; // Variable
+    char value[1024] = {}; // Value
+    char condition[512] = {}; // Condition
+    TeskUtils::CharString text; // the element's text
+    int updateMask = 0; // UPDATETYPE bits, from UpdateList
 };
 
 // One dialog or sub-dialog. Copying a DLGINFO copies all its tables; the condition object
 // is shared and released with its last holder.
-struct DLGINFO {
-    char name[200];                         // the tag name, which the stage dispatch compares
-    int node;                               // the tag's node in the template
-    int width, height;                      // w, h: 760 by 520 when absent
-    uint64_t background;                    // BkgColour
-    uint64_t foreground;                    // FgColour
-    int flags;                              // DLGTYPE bits
-    DlgCondition* conditionObject;          // set by the stage work; null at first
-    int* conditionRefs;                     // holders of conditionObject, shared among them
-    char condition[512];                    // Condition
-    TeskUtils::CharString autoCondition;    // AutoCondition
+struct DLGINFO
+{
+    char name[200]; // the tag name, which the stage dispatch compares
+    int node; // the tag's node in the template
+    int width, height; // w, h: 760 by 520 when absent
+    uint64_t background; // BkgColour
+    uint64_t foreground; // FgColour
+    int flags; // DLGTYPE bits
+    DlgCondition* conditionObject; // set by the stage work; null at first
+    int* conditionRefs; // holders of conditionObject, shared among them
+    char condition[512]; // Condition
+    TeskUtils::CharString autoCondition; // AutoCondition
     TeskUtils::Table<FIELDINFO, 16> fields;
     TeskUtils::Table<UICTRL, 16> controls;
     TeskUtils::Table<BUTTONINFO, 16> buttons;
-    TeskUtils::Table<TASKINFO, 16> tasks;   // only with DLG_HAS_SUBDIALOGS
-    TeskUtils::Table<DLGINFO, 16> subDialogs;  // only with DLG_HAS_SUBDIALOGS
+    TeskUtils::Table<TASKINFO, 16> tasks; // only with DLG_HAS_SUBDIALOGS
+    TeskUtils::Table<DLGINFO, 16> subDialogs; // only with DLG_HAS_SUBDIALOGS
     TeskUtils::Table<TRIGGER_INFO, 16> triggers;
-    TeskUtils::Table<TeskUtils::CharString, 100> retained;  // Retain
+    TeskUtils::Table<TeskUtils::CharString, 100> retained; // Retain
 
     DLGINFO();
     DLGINFO(const DLGINFO& other);

@@ -14,12 +14,24 @@
 // ---- Records ------------------------------------------------------------------------------
 
 UICTRL::UICTRL()
-    : name(), type(0), x(0), y(0), w(0), h(0), condition(), details(), text(nullptr), hAlign(0),
-      vAlign(0), background(COLOUR_NOT_SET), foreground(COLOUR_NOT_SET)
+    : name()
+    , type(0)
+    , x(0)
+    , y(0)
+    , w(0)
+    , h(0)
+    , condition()
+    , details()
+    , text(nullptr)
+    , hAlign(0)
+    , vAlign(0)
+    , background(COLOUR_NOT_SET)
+    , foreground(COLOUR_NOT_SET)
 {
 }
 
-UICTRL::UICTRL(const UICTRL& other) : text(nullptr)
+UICTRL::UICTRL(const UICTRL& other)
+    : text(nullptr)
 {
     *this = other;
 }
@@ -62,13 +74,22 @@ void UICTRL::setText(const char* value)
 }
 
 DLGINFO::DLGINFO()
-    : name(), node(-1), width(760), height(520), background(COLOUR_NOT_SET),
-      foreground(COLOUR_NOT_SET), flags(0), conditionObject(nullptr), conditionRefs(nullptr),
-      condition()
+    : name()
+    , node(-1)
+    , width(760)
+    , height(520)
+    , background(COLOUR_NOT_SET)
+    , foreground(COLOUR_NOT_SET)
+    , flags(0)
+    , conditionObject(nullptr)
+    , conditionRefs(nullptr)
+    , condition()
 {
 }
 
-DLGINFO::DLGINFO(const DLGINFO& other) : conditionObject(nullptr), conditionRefs(nullptr)
+DLGINFO::DLGINFO(const DLGINFO& other)
+    : conditionObject(nullptr)
+    , conditionRefs(nullptr)
 {
     *this = other;
 }
@@ -135,71 +156,78 @@ void DLGINFO::releaseConditionObject()
 
 namespace {
 
-struct NamedValue {
+struct NamedValue
+{
     const char* word;
     int value;
 };
 
 const NamedValue kSpecialWords[] = {
-    {"BadFinish", DLG_BAD_FINISH},       {"1", DLG_BAD_FINISH},
-    {"HasSubDialogs", DLG_HAS_SUBDIALOGS}, {"AutoNext", DLG_AUTO_NEXT},
-    {"Finish", DLG_FINISH},              {"WeakCondition", DLG_WEAK_CONDITION},
-    {"Busy", DLG_BUSY},                  {"Automated", DLG_AUTOMATED},
-    {"NoCaption", DLG_NO_CAPTION},
+    { "BadFinish", DLG_BAD_FINISH },
+    { "1", DLG_BAD_FINISH },
+    { "HasSubDialogs", DLG_HAS_SUBDIALOGS },
+    { "AutoNext", DLG_AUTO_NEXT },
+    { "Finish", DLG_FINISH },
+    { "WeakCondition", DLG_WEAK_CONDITION },
+    { "Busy", DLG_BUSY },
+    { "Automated", DLG_AUTOMATED },
+    { "NoCaption", DLG_NO_CAPTION },
 };
 
 const NamedValue kControlTypes[] = {
-    {"Text", CTRL_TEXT},
-    {"Image", CTRL_IMAGE},
-    {"HLine", CTRL_HLINE},
-    {"RichEditText", CTRL_RICH_EDIT_TEXT},
-    {"Progress", CTRL_PROGRESS},
-    {"List", CTRL_LIST},
-    {"TaskLB", CTRL_TASK_LB},
-    {"Border", CTRL_BORDER},
-    {"SlideShow", CTRL_SLIDE_SHOW},
-    {"HtmlEditText", CTRL_HTML_EDIT_TEXT},
-    {"PlainEditText", CTRL_PLAIN_EDIT_TEXT},
+    { "Text", CTRL_TEXT },
+    { "Image", CTRL_IMAGE },
+    { "HLine", CTRL_HLINE },
+    { "RichEditText", CTRL_RICH_EDIT_TEXT },
+    { "Progress", CTRL_PROGRESS },
+    { "List", CTRL_LIST },
+    { "TaskLB", CTRL_TASK_LB },
+    { "Border", CTRL_BORDER },
+    { "SlideShow", CTRL_SLIDE_SHOW },
+    { "HtmlEditText", CTRL_HTML_EDIT_TEXT },
+    { "PlainEditText", CTRL_PLAIN_EDIT_TEXT },
 };
 
 const NamedValue kFieldTypes[] = {
-    {"Directory", FIELD_DIRECTORY},
-    {"CheckBox", FIELD_CHECKBOX},
-    {"RadioButtons", FIELD_RADIO_BUTTONS},
-    {"InstallParameter", FIELD_INSTALL_PARAMETER},
-    {"EditBox", FIELD_EDIT_BOX},
-    {"Password", FIELD_PASSWORD},
+    { "Directory", FIELD_DIRECTORY },
+    { "CheckBox", FIELD_CHECKBOX },
+    { "RadioButtons", FIELD_RADIO_BUTTONS },
+    { "InstallParameter", FIELD_INSTALL_PARAMETER },
+    { "EditBox", FIELD_EDIT_BOX },
+    { "Password", FIELD_PASSWORD },
 };
 
-const NamedValue kHorizontalAlignments[] = {
-    {"left", ALIGN_LEFT}, {"center", ALIGN_CENTER}, {"right", ALIGN_RIGHT}};
-const NamedValue kVerticalAlignments[] = {
-    {"top", ALIGN_TOP}, {"center", ALIGN_CENTER}, {"bottom", ALIGN_BOTTOM}};
+const NamedValue kHorizontalAlignments[]
+    = { { "left", ALIGN_LEFT }, { "center", ALIGN_CENTER }, { "right", ALIGN_RIGHT } };
+const NamedValue kVerticalAlignments[]
+    = { { "top", ALIGN_TOP }, { "center", ALIGN_CENTER }, { "bottom", ALIGN_BOTTOM } };
 // Buttons sit at an edge: no centring.
-const NamedValue kButtonHorizontalAlignments[] = {{"left", ALIGN_LEFT}, {"right", ALIGN_RIGHT}};
-const NamedValue kButtonVerticalAlignments[] = {{"top", ALIGN_TOP}, {"bottom", ALIGN_BOTTOM}};
+const NamedValue kButtonHorizontalAlignments[] = { { "left", ALIGN_LEFT }, { "right", ALIGN_RIGHT } };
+const NamedValue kButtonVerticalAlignments[] = { { "top", ALIGN_TOP }, { "bottom", ALIGN_BOTTOM } };
 
 const NamedValue kEvaluationWords[] = {
-    {"Start", TRIGGER_ON_SET},          {"Set", TRIGGER_ON_SET},
-    {"Dynamic", TRIGGER_ON_DYNAMIC},    {"End", TRIGGER_ON_END},
-    {"DlgEval", TRIGGER_ON_DLG_EVAL},   {"EvalDlg", TRIGGER_ON_DLG_EVAL},
-    {"Button", TRIGGER_ON_BUTTON},
+    { "Start", TRIGGER_ON_SET },
+    { "Set", TRIGGER_ON_SET },
+    { "Dynamic", TRIGGER_ON_DYNAMIC },
+    { "End", TRIGGER_ON_END },
+    { "DlgEval", TRIGGER_ON_DLG_EVAL },
+    { "EvalDlg", TRIGGER_ON_DLG_EVAL },
+    { "Button", TRIGGER_ON_BUTTON },
 };
 
 const NamedValue kTriggerTypes[] = {
-    {"VarChange", TRIGGER_VAR_CHANGE},
-    {"RunActions", TRIGGER_RUN_ACTIONS},
-    {"VarReset", TRIGGER_VAR_RESET},
-    {"VarRecalculation", TRIGGER_VAR_RECALCULATION},
-    {"FileCheck", TRIGGER_FILE_CHECK},
-    {"UI", TRIGGER_UI},
-    {"FreeMemory", TRIGGER_FREE_MEMORY},
-    {"DebugExpression", TRIGGER_DEBUG_EXPRESSION},
+    { "VarChange", TRIGGER_VAR_CHANGE },
+    { "RunActions", TRIGGER_RUN_ACTIONS },
+    { "VarReset", TRIGGER_VAR_RESET },
+    { "VarRecalculation", TRIGGER_VAR_RECALCULATION },
+    { "FileCheck", TRIGGER_FILE_CHECK },
+    { "UI", TRIGGER_UI },
+    { "FreeMemory", TRIGGER_FREE_MEMORY },
+    { "DebugExpression", TRIGGER_DEBUG_EXPRESSION },
 };
 
 // The value of `word` in `table`, compared without regard to case; -1 when it isn't there.
-template <size_t N>
-int lookupWord(const NamedValue (&table)[N], const char* word)
+template <size_t N> int lookupWord(const NamedValue (&table)[N], const char* word)
 {
     if (!word)
         return -1;
@@ -224,8 +252,7 @@ int intAttribute(const PXML& xml, int node, const char* attribute, int fallback)
 }
 
 // Copies an attribute into a fixed field, cut at the field's size-1; absent gives "".
-template <size_t N>
-void copyAttribute(char (&field)[N], const PXML& xml, int node, const char* attribute)
+template <size_t N> void copyAttribute(char (&field)[N], const PXML& xml, int node, const char* attribute)
 {
     TeskUtils::copyBounded(field, xml.ParVal(node, attribute), N);
 }
@@ -243,7 +270,8 @@ void replaceNewlineEscapes(char* text)
 }
 
 // What a button's Name presets: flags added, action and shift (0: left as read).
-struct ButtonPreset {
+struct ButtonPreset
+{
     const char* name;
     int flags;
     const char* action;
@@ -251,12 +279,12 @@ struct ButtonPreset {
 };
 
 const ButtonPreset kButtonPresets[] = {
-    {"Next", BUTTON_HAS_SHIFT | BUTTON_DEFAULT, nullptr, 1},
-    {"Back", BUTTON_HAS_SHIFT, nullptr, -1},
-    {"Cancel", BUTTON_HAS_ACTION, "Cancel", 0},
-    {"Help", BUTTON_HAS_ACTION, "Help", 0},
-    {"Customize", BUTTON_HAS_SHIFT | BUTTON_HAS_ACTION, "[CUSTOMIZE]='1'", 1},
-    {"Express", BUTTON_HAS_SHIFT | BUTTON_HAS_ACTION, "[CUSTOMIZE]='0'", -1},
+    { "Next", BUTTON_HAS_SHIFT | BUTTON_DEFAULT, nullptr, 1 },
+    { "Back", BUTTON_HAS_SHIFT, nullptr, -1 },
+    { "Cancel", BUTTON_HAS_ACTION, "Cancel", 0 },
+    { "Help", BUTTON_HAS_ACTION, "Help", 0 },
+    { "Customize", BUTTON_HAS_SHIFT | BUTTON_HAS_ACTION, "[CUSTOMIZE]='1'", 1 },
+    { "Express", BUTTON_HAS_SHIFT | BUTTON_HAS_ACTION, "[CUSTOMIZE]='0'", -1 },
 };
 
 const ButtonPreset* findButtonPreset(const char* name)
@@ -271,8 +299,8 @@ const ButtonPreset* findButtonPreset(const char* name)
 
 bool isWelcomeOrFinish(const char* name)
 {
-    return strcasecmp(name, "Welcome") == 0 || strcasecmp(name, "Finish") == 0 ||
-           strcasecmp(name, "BadFinish") == 0;
+    return strcasecmp(name, "Welcome") == 0 || strcasecmp(name, "Finish") == 0
+        || strcasecmp(name, "BadFinish") == 0;
 }
 
 BUTTONINFO dressButton(const char* label, int flags, int shift, const char* action, int x, int hAlign)
@@ -370,8 +398,7 @@ DLGINFO Installer::ExtractDialogInfo(int node)
         int bit = lookupWord(kSpecialWords, word.c_str());
         if (bit < 0) {
             if (debugConsole)
-                debugConsole->Dump("WARNING: Unknown dialog special attribute encontered: %s",
-                                   word.c_str());
+                debugConsole->Dump("WARNING: Unknown dialog special attribute encontered: %s", word.c_str());
             continue;
         }
         dlg.flags |= bit;
@@ -435,7 +462,7 @@ int Installer::ExtractControlsInfo(DLGINFO& dlg)
         int node = children[i];
         int type = lookupWord(kControlTypes, templateXml.GetName(node));
         if (type < 0)
-            continue;  // a field, button, trigger or something else
+            continue; // a field, button, trigger or something else
         const char* x = templateXml.ParVal(node, "x");
         const char* y = templateXml.ParVal(node, "y");
         if (!x || !y)
@@ -531,7 +558,7 @@ int Installer::ExtractTriggersInfo(DLGINFO& dlg)
             if (bit < 0) {
                 if (debugConsole)
                     debugConsole->Dump("WARNING: Unrecognized trigger evaluation: %s (Parent dlg name: %s)",
-                                       word.c_str(), dlg.name);
+                        word.c_str(), dlg.name);
                 continue;
             }
             trigger.evaluation |= bit;
@@ -542,8 +569,8 @@ int Installer::ExtractTriggersInfo(DLGINFO& dlg)
             trigger.type = lookupWord(kTriggerTypes, type);
             if (trigger.type < 0) {
                 if (debugConsole)
-                    debugConsole->Dump("WARNING: Unrecognized trigger type = %s (Parent dlg name: %s)",
-                                       type, dlg.name);
+                    debugConsole->Dump(
+                        "WARNING: Unrecognized trigger type = %s (Parent dlg name: %s)", type, dlg.name);
                 trigger.type = TRIGGER_VAR_CHANGE;
             }
         }
@@ -556,9 +583,9 @@ int Installer::ExtractTriggersInfo(DLGINFO& dlg)
         trigger.updateMask = static_cast<int>(TeskUtils::maskFromStringList(
             templateXml.ParVal(node, "UpdateList"), "Controls;Fields;Tasks;Buttons", ';'));
 
-        bool needsValue = trigger.type == TRIGGER_VAR_CHANGE || trigger.type == TRIGGER_RUN_ACTIONS ||
-                          trigger.type == TRIGGER_FILE_CHECK || trigger.type == TRIGGER_UI ||
-                          trigger.type == TRIGGER_DEBUG_EXPRESSION;
+        bool needsValue = trigger.type == TRIGGER_VAR_CHANGE || trigger.type == TRIGGER_RUN_ACTIONS
+            || trigger.type == TRIGGER_FILE_CHECK || trigger.type == TRIGGER_UI
+            || trigger.type == TRIGGER_DEBUG_EXPRESSION;
         if (trigger.evaluation == 0 || (needsValue && !value)) {
             if (debugConsole)
                 debugConsole->Dump(

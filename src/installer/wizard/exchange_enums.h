@@ -26,18 +26,18 @@ enum UPDATETYPE {
 
 // When a trigger runs; a bit mask.
 enum TRIGGER_EVALUATION {
-    TRIGGER_ON_SET = 1,       // "Set", "Start": on entering the dialog
-    TRIGGER_ON_DYNAMIC = 2,   // "Dynamic": after a field changed a variable
-    TRIGGER_ON_END = 4,       // "End": on leaving the dialog
-    TRIGGER_ON_DLG_EVAL = 8,  // "DlgEval", "EvalDlg": in the stage work of a Busy dialog
-    TRIGGER_ON_BUTTON = 16,   // "Button": the action word "EvalTriggers"
-    TRIGGER_ON_ALL = 255,     // the triggers of the default values
+    TRIGGER_ON_SET = 1, // "Set", "Start": on entering the dialog
+    TRIGGER_ON_DYNAMIC = 2, // "Dynamic": after a field changed a variable
+    TRIGGER_ON_END = 4, // "End": on leaving the dialog
+    TRIGGER_ON_DLG_EVAL = 8, // "DlgEval", "EvalDlg": in the stage work of a Busy dialog
+    TRIGGER_ON_BUTTON = 16, // "Button": the action word "EvalTriggers"
+    TRIGGER_ON_ALL = 255, // the triggers of the default values
 };
 
 // What the engine is doing, as a front end must know it to allow leaving or cancelling.
 enum SETTINGSTATE {
-    SETTING_IDLE = 0,     // the user may be asked and may leave
-    SETTING_WORKING = 1,  // install, uninstall, revert, cleanup: can't be left
-    SETTING_WAITING = 3,  // a condition the user must resolve holds the wizard
-    SETTING_BUSY = 5,     // a Busy dialog runs its stage work
+    SETTING_IDLE = 0, // the user may be asked and may leave
+    SETTING_WORKING = 1, // install, uninstall, revert, cleanup: can't be left
+    SETTING_WAITING = 3, // a condition the user must resolve holds the wizard
+    SETTING_BUSY = 5, // a Busy dialog runs its stage work
 };

@@ -95,8 +95,8 @@ bool atFinishDialog(Installer& engine)
 // False when it fails that one too.
 bool holdsAfterRetry(Installer& engine, InstallerUI* ui, DLGINFO* record, int dlg, int sub)
 {
-    if (!record || !record->conditionObject || record->conditionObject->Eval(&engine, ui) ||
-        (record->flags & DLG_WEAK_CONDITION))
+    if (!record || !record->conditionObject || record->conditionObject->Eval(&engine, ui)
+        || (record->flags & DLG_WEAK_CONDITION))
         return true;
     if (sub < 0)
         engine.EvSetDlg(dlg, ui);
@@ -137,9 +137,9 @@ bool enteredConditionsHold(Installer& engine, InstallerUI* ui, int dlg, int sub,
 
 // What one step of a forward walk came to.
 enum class Step {
-    Passed,   // the position's Condition is false, or the dialogs ended: nothing entered
-    Stopped,  // a condition object of the entered position failed
-    Entered,  // entered; `gained` holds what entering gave
+    Passed, // the position's Condition is false, or the dialogs ended: nothing entered
+    Stopped, // a condition object of the entered position failed
+    Entered, // entered; `gained` holds what entering gave
 };
 
 // Moves (dlg, sub) to the next position, the next sub-dialog of the dialog or else the next
@@ -153,7 +153,7 @@ Step enterNext(Installer& engine, InstallerUI* ui, int& dlg, int& sub, int& gain
         if (engine.EvalCondition(walked.subDialogs[sub].condition) == 0)
             return Step::Passed;
         engine.UpdateTaskListItem(ui, engine.currentDlg, engine.currentSubDlg,
-                                  engine.stateError ? TASK_FINISHED_BAD : TASK_FINISHED_GOOD);
+            engine.stateError ? TASK_FINISHED_BAD : TASK_FINISHED_GOOD);
         gained = engine.EvSetSubDlg(dlg, sub, ui);
     } else {
         ++dlg;
@@ -251,8 +251,9 @@ int Installer::EvNext(InstallerUI* ui, int shift)
     if (walkForward(*this, ui, shift, dlg, sub))
         return 0;
     if (debugConsole)
-        debugConsole->Dump("ERROR: Bad dialog next shifting. Current dialogs: (%d, %d) - Next dialogs: (%d, %d)",
-                           currentDlg, currentSubDlg, dlg, sub);
+        debugConsole->Dump(
+            "ERROR: Bad dialog next shifting. Current dialogs: (%d, %d) - Next dialogs: (%d, %d)", currentDlg,
+            currentSubDlg, dlg, sub);
     stateError = 1;
     stateFinish = 1;
     return 0;
@@ -305,8 +306,8 @@ int Installer::EvBack(InstallerUI* ui, int shift)
         return 0;
 
     if (debugConsole)
-        debugConsole->Dump("ERROR: Bad dialog back shifting. Current dialog: %d, current subdialog: %d", currentDlg,
-                           currentSubDlg);
+        debugConsole->Dump("ERROR: Bad dialog back shifting. Current dialog: %d, current subdialog: %d",
+            currentDlg, currentSubDlg);
     stateError = 1;
     stateFinish = 1;
     return 0;

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <strings.h>
 
+#include "foundation/streams/pconsole.h"
 #include "foundation/strings/bounded_copy.h"
 #include "foundation/strings/exceptions.h"
-#include "foundation/streams/pconsole.h"
 #include "foundation/strings/path_size.h"
 #include "foundation/xml/plist.h"
 #include "installer/installer.h"
@@ -18,7 +18,8 @@ namespace {
 // The one RunningAppsCondition that serves every RunningApps dialog of the process. The
 // holder keeps a reference of its own, so that the object outlives the dialogs that share
 // it, and lets go of it at exit.
-struct SharedRunningApps {
+struct SharedRunningApps
+{
     RunningAppsCondition* object = nullptr;
     int* refs = nullptr;
 
@@ -47,7 +48,8 @@ SharedRunningApps& sharedRunningApps()
 
 // The stage helpers shared by the rows: the single showing of a dialog, and the state
 // around work that can't be left.
-struct StageFrame {
+struct StageFrame
+{
     Installer& engine;
     InstallerUI* ui;
     int dlg;
@@ -129,7 +131,8 @@ void Installer::stageRunningApps(int dlg, int sub, InstallerUI* ui, DLGINFO& inf
             if (!strcmp(tag, "TerminateApp")) {
                 const char* service = templateXml.ParVal(node, "Service");
                 bool haveDirectory = expandDirectory(*this, node, directory);
-                terminateApp(text, service && !strcasecmp(service, "true"), haveDirectory ? directory : nullptr);
+                terminateApp(
+                    text, service && !strcasecmp(service, "true"), haveDirectory ? directory : nullptr);
             } else if (!strcmp(tag, "TerminateSequence")) {
                 RunFiles(ui, text);
             } else if (!strcmp(tag, "TestApp")) {
@@ -160,7 +163,7 @@ void Installer::stageExternalUninstall(int dlg, int sub, InstallerUI* ui, DLGINF
         info.setConditionObject(new ExternalInstallationCondition, nullptr);
     auto* condition = static_cast<ExternalInstallationCondition*>(info.conditionObject);
 
-    StageFrame frame{*this, ui, dlg, sub, shown};
+    StageFrame frame { *this, ui, dlg, sub, shown };
     bool waiting = false;
     PList<int> children;
     templateXml.GetChildren(info.node, &children);
@@ -229,7 +232,7 @@ int Installer::SetDlgHelper(int dlg, int sub, InstallerUI* ui, DLGINFO& info)
         debugConsole->Dump("Setting dialog \"%s\" (%d, %d)", info.name, dlg, sub);
     setControlVariable(CV_DLG_CONDITION, "0");
 
-    StageFrame frame{*this, ui, dlg, sub};
+    StageFrame frame { *this, ui, dlg, sub };
     if (info.flags & DLG_BUSY) {
         SetStateSettings(SETTING_BUSY);
         ui->UpdateValidation(dlg, sub);
@@ -292,7 +295,8 @@ int Installer::SetDlgHelper(int dlg, int sub, InstallerUI* ui, DLGINFO& info)
         frame.show();
         if (logCollector.GetCount() > 0) {
             char title[64];
-            snprintf(title, sizeof title, "%s errors summary:", uninstallRun ? "Uninstallation" : "Installation");
+            snprintf(
+                title, sizeof title, "%s errors summary:", uninstallRun ? "Uninstallation" : "Installation");
             logCollector.OutputLogCollection(ui, title);
         }
     }

@@ -135,9 +135,11 @@ void Installer::evaluateTriggerArray(InstallerUI* ui, int mask, const TRIGGER_IN
             char value[2048] = {};
             ExpandString(trigger.value, value, sizeof(value), false);
             if (!value[0])
-                debugConsole->Dump("WARNING: Empty debug trigger in dialog (%d, %d)", currentDlg, currentSubDlg);
+                debugConsole->Dump(
+                    "WARNING: Empty debug trigger in dialog (%d, %d)", currentDlg, currentSubDlg);
             else
-                debugConsole->Dump("DEBUG: Dlg (%d, %d) trigger expanded value: %s", currentDlg, currentSubDlg, value);
+                debugConsole->Dump(
+                    "DEBUG: Dlg (%d, %d) trigger expanded value: %s", currentDlg, currentSubDlg, value);
             break;
         }
         default:
@@ -161,15 +163,16 @@ void Installer::performUIAction(InstallerUI* ui, const char* action)
         return;
     }
 
-    struct WindowAction {
+    struct WindowAction
+    {
         const char* word;
         InstallerUI::UIAction action;
     };
     static const WindowAction kWindowActions[] = {
-        {"hide", InstallerUI::UIA_HIDE},
-        {"show", InstallerUI::UIA_SHOW},
-        {"iconize", InstallerUI::UIA_ICONIZE},
-        {"maximize", InstallerUI::UIA_MAXIMIZE},
+        { "hide", InstallerUI::UIA_HIDE },
+        { "show", InstallerUI::UIA_SHOW },
+        { "iconize", InstallerUI::UIA_ICONIZE },
+        { "maximize", InstallerUI::UIA_MAXIMIZE },
     };
     for (const WindowAction& row : kWindowActions) {
         if (strcasecmp(action, row.word) == 0) {

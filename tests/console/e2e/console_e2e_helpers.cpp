@@ -33,7 +33,7 @@ std::string made(const std::string& name, std::vector<std::string> args)
     static std::set<std::string> done;
     std::string path = dir.file(name);
     if (done.insert(name).second) {
-        args.insert(args.end(), {"-o", path});
+        args.insert(args.end(), { "-o", path });
         CommandResult result = runCommand(commandOf(binDir() + "/quilb_pack", args));
         if (result.exitCode != 0)
             ADD_FAILURE() << "quilb_pack couldn't make " << name << ":\n" << result.output;
@@ -54,16 +54,17 @@ long long nowMs()
 std::string promptsPackage()
 {
     std::string dir = consoleData() + "/prompts/";
-    return made("prompts.ibin", {"package", "-t", dir + "install.xml", "--add", "license.md=" + dir + "license.md",
-                                 "--add", "terms.rtf=" + dir + "terms.rtf", "--add", "plain.md=" + dir + "plain.md",
-                                 "--add", "extra.md=" + dir + "extra.md"});
+    return made("prompts.ibin",
+        { "package", "-t", dir + "install.xml", "--add", "license.md=" + dir + "license.md", "--add",
+            "terms.rtf=" + dir + "terms.rtf", "--add", "plain.md=" + dir + "plain.md", "--add",
+            "extra.md=" + dir + "extra.md" });
 }
 
 std::string notesPackage()
 {
     std::string dir = sourceDir() + "/examples/quilb-notes";
     return made("notes.ibin",
-                {"package", "-t", dir + "/install.xml", "-b", dir, "--add", "license.md=" + dir + "/license.md"});
+        { "package", "-t", dir + "/install.xml", "-b", dir, "--add", "license.md=" + dir + "/license.md" });
 }
 
 // Only the console front end, lightly compressed: the sanitized builds are large.
@@ -71,28 +72,30 @@ std::string promptsInstaller()
 {
     if (!fileExists(binDir() + "/launcher"))
         return "";
-    return made("setup_prompts", {"installer", "-p", promptsPackage(), "--level", "1", "--frontend",
-                                  "installer_console=" + installerConsole()});
+    return made("setup_prompts",
+        { "installer", "-p", promptsPackage(), "--level", "1", "--frontend",
+            "installer_console=" + installerConsole() });
 }
 
 // The start of a shell line that enters `workDir` with the settings every run shares.
 static std::string entering(const std::string& workDir, const std::vector<std::string>& env)
 {
-    std::string line = "cd " + shellQuote(workDir) + " && unset QUILB_INSTALLER_DEBUG && export QUILB_INSTALLER_DIR=" +
-                       shellQuote(workDir + "/");
+    std::string line = "cd " + shellQuote(workDir)
+        + " && unset QUILB_INSTALLER_DEBUG && export QUILB_INSTALLER_DIR=" + shellQuote(workDir + "/");
     for (const std::string& setting : env)
-        line += " " + setting.substr(0, setting.find('=') + 1) + shellQuote(setting.substr(setting.find('=') + 1));
+        line += " " + setting.substr(0, setting.find('=') + 1)
+            + shellQuote(setting.substr(setting.find('=') + 1));
     return line + " && ";
 }
 
 CommandResult runConsole(const std::string& program, const std::vector<std::string>& args,
-                         const std::string& workDir, const std::string& input,
-                         const std::vector<std::string>& env, bool sandboxed)
+    const std::string& workDir, const std::string& input, const std::vector<std::string>& env, bool sandboxed)
 {
     // A wizard that waits for ever must not hang the tests.
-    std::string line = entering(workDir, env) + (input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ") +
-                       "timeout -k 5 60 " + commandOf(program, args) + (input.empty() ? " </dev/null" : "");
-    return sandboxed ? runInSandbox(line, {workDir}) : runCommand(line);
+    std::string line = entering(workDir, env)
+        + (input.empty() ? "" : "printf '%s' " + shellQuote(input) + " | ") + "timeout -k 5 60 "
+        + commandOf(program, args) + (input.empty() ? " </dev/null" : "");
+    return sandboxed ? runInSandbox(line, { workDir }) : runCommand(line);
 }
 
 void checkRuns(const std::vector<ConsoleRun>& runs)
@@ -103,10 +106,11 @@ void checkRuns(const std::vector<ConsoleRun>& runs)
         for (const auto& [name, content] : run.files)
             ASSERT_TRUE(writeFile(work.file(name), content));
         std::string before = snapshot(work.path());
-        CommandResult result = runConsole(run.uninstaller ? uninstallerConsole() : installerConsole(), run.args,
-                                          work.path(), run.input);
+        CommandResult result = runConsole(
+            run.uninstaller ? uninstallerConsole() : installerConsole(), run.args, work.path(), run.input);
         EXPECT_TRUE(run.exitCode == -1 ? result.exitCode != 0 : result.exitCode == run.exitCode)
-            << "exit status " << result.exitCode << ":\n" << result.output;
+            << "exit status " << result.exitCode << ":\n"
+            << result.output;
         std::string shown = result.output;
         if (run.match == Match::Start)
             shown = shown.substr(0, run.output.size());
@@ -119,8 +123,8 @@ void checkRuns(const std::vector<ConsoleRun>& runs)
 
 std::string snapshot(const std::string& dir)
 {
-    return runCommand("cd " + shellQuote(dir) +
-                      " && find . -mindepth 1 \\( -type f -printf '%p %s\\n' -o -printf '%p\\n' \\) | sort")
+    return runCommand("cd " + shellQuote(dir)
+        + " && find . -mindepth 1 \\( -type f -printf '%p %s\\n' -o -printf '%p\\n' \\) | sort")
         .output;
 }
 
@@ -138,14 +142,15 @@ size_t occurrences(const std::string& text, const std::string& word)
     for (const std::string& fragment : fragments) {
         size_t found = text.find(fragment, at);
         if (found == std::string::npos)
-            return ::testing::AssertionFailure() << "\"" << fragment << "\" missing (in order) from:\n" << text;
+            return ::testing::AssertionFailure() << "\"" << fragment << "\" missing (in order) from:\n"
+                                                 << text;
         at = found + fragment.size();
     }
     return ::testing::AssertionSuccess();
 }
 
 PtySession::PtySession(const std::string& program, const std::vector<std::string>& args,
-                       const std::string& workDir, int rows, int columns)
+    const std::string& workDir, int rows, int columns)
 {
     master = posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
@@ -153,8 +158,9 @@ PtySession::PtySession(const std::string& program, const std::vector<std::string
     std::string slaveName = ptsname(master);
     if (rows > 0)
         resize(rows, columns);
-    std::string line = entering(workDir, {}) + "exec /bin/bash " + shellQuote(sourceDir() + "/scripts/sandbox.sh") +
-                       " -b " + shellQuote(workDir) + " -- " + commandOf(program, args);
+    std::string line = entering(workDir, {}) + "exec /bin/bash "
+        + shellQuote(sourceDir() + "/scripts/sandbox.sh") + " -b " + shellQuote(workDir) + " -- "
+        + commandOf(program, args);
     child = fork();
     if (child != 0)
         return;
@@ -185,7 +191,7 @@ PtySession::~PtySession()
 
 bool PtySession::pump(int timeoutMs)
 {
-    struct pollfd poller = {master, POLLIN, 0};
+    struct pollfd poller = { master, POLLIN, 0 };
     if (ended || master < 0)
         return false;
     if (poll(&poller, 1, timeoutMs) <= 0)
@@ -195,7 +201,7 @@ bool PtySession::pump(int timeoutMs)
     if (count > 0)
         raw.append(buffer, static_cast<size_t>(count));
     else if (count == 0 || errno != EINTR)
-        ended = true;  // EIO: every holder of the terminal's other side has gone
+        ended = true; // EIO: every holder of the terminal's other side has gone
     return !ended;
 }
 

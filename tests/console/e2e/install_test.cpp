@@ -22,10 +22,10 @@ uint32_t containerChecksum(const std::string& data)
         size_t end = std::min(data.size(), block + 32768);
         size_t i = block;
         for (; i + 4 <= end; i += 4)
-            sum ^= static_cast<uint32_t>(static_cast<unsigned char>(data[i])) |
-                   static_cast<uint32_t>(static_cast<unsigned char>(data[i + 1])) << 8 |
-                   static_cast<uint32_t>(static_cast<unsigned char>(data[i + 2])) << 16 |
-                   static_cast<uint32_t>(static_cast<unsigned char>(data[i + 3])) << 24;
+            sum ^= static_cast<uint32_t>(static_cast<unsigned char>(data[i]))
+                | static_cast<uint32_t>(static_cast<unsigned char>(data[i + 1])) << 8
+                | static_cast<uint32_t>(static_cast<unsigned char>(data[i + 2])) << 16
+                | static_cast<uint32_t>(static_cast<unsigned char>(data[i + 3])) << 24;
         for (; i < end; ++i)
             sum ^= static_cast<unsigned char>(data[i]);
     }
@@ -45,8 +45,8 @@ const std::string kContainerEnd = std::string("\x01\x00\x00", 3);
 
 std::string containerRecord(const std::string& path, const std::string& stored, const std::string& written)
 {
-    return littleEndian(path.size() + 1, 2) + path + '\0' + littleEndian(stored.size(), 8) +
-           littleEndian(containerChecksum(written), 4) + stored;
+    return littleEndian(path.size() + 1, 2) + path + '\0' + littleEndian(stored.size(), 8)
+        + littleEndian(containerChecksum(written), 4) + stored;
 }
 
 int modeOf(const std::string& path)
@@ -100,7 +100,8 @@ std::string valueOf(const std::vector<std::string>& lines, const std::string& na
 
 // A product in a scratch directory, its self-extracting installer and a working directory
 // for its runs (bound into the sandbox, so that what the install leaves there stays).
-struct Product {
+struct Product
+{
     TempDir source;
     TempDir work;
     std::string installer;
@@ -119,17 +120,18 @@ struct Product {
             dir = source.path();
         std::string package = source.file("product.ibin");
         installer = work.file("setup");
-        CommandResult packed = runCommand(binDir() + "/quilb_pack package -t " + shellQuote(dir + "/install.xml") +
-                                          " -b " + shellQuote(dir) + " " + extra + " -o " + shellQuote(package));
+        CommandResult packed
+            = runCommand(binDir() + "/quilb_pack package -t " + shellQuote(dir + "/install.xml") + " -b "
+                + shellQuote(dir) + " " + extra + " -o " + shellQuote(package));
         ASSERT_EQ(packed.exitCode, 0) << packed.output;
-        packed = runCommand(binDir() + "/quilb_pack installer -p " + shellQuote(package) +
-                            " --level 1 --frontend installer_console=" + shellQuote(installerConsole()) + " -o " +
-                            shellQuote(installer));
+        packed = runCommand(binDir() + "/quilb_pack installer -p " + shellQuote(package)
+            + " --level 1 --frontend installer_console=" + shellQuote(installerConsole()) + " -o "
+            + shellQuote(installer));
         ASSERT_EQ(packed.exitCode, 0) << packed.output;
     }
     std::string target(const std::string& rest = "") const { return work.path() + "/target" + rest; }
-    CommandResult install(std::vector<std::string> args, const std::string& input = "",
-                          const std::string& variable = "TARGET")
+    CommandResult install(
+        std::vector<std::string> args, const std::string& input = "", const std::string& variable = "TARGET")
     {
         args.insert(args.begin(), "-VARIABLE_" + variable + "=" + target());
         return runConsole(installer, args, work.path(), input);
@@ -142,12 +144,13 @@ TEST(InstallTest, SampleProductInstallsItsFilesAndLog)
     const std::string example = sourceDir() + "/examples/quilb-notes";
     Product product;
     ASSERT_NO_FATAL_FAILURE(product.pack(example, "--add license.md=" + shellQuote(example + "/license.md")));
-    CommandResult run = product.install({"-configFile=" + example + "/config.xml"}, "", "INSTALLDIR");
+    CommandResult run = product.install({ "-configFile=" + example + "/config.xml" }, "", "INSTALLDIR");
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(run.output, kSuccess);
 
     const std::string t = product.target();
-    struct Expected {
+    struct Expected
+    {
         const char* path;
         std::string content;
         int mode;
@@ -156,19 +159,20 @@ TEST(InstallTest, SampleProductInstallsItsFilesAndLog)
     conf.replace(conf.find("[OWNER]"), 7, "Demo User");
     conf.replace(conf.find("[EDITION]"), 9, "1");
     const Expected expected[] = {
-        {"/bin/quilb-notes", readFile(example + "/files/bin/quilb-notes"), 0755},
-        {"/share/notes.conf", conf, 0644},
-        {"/share/templates.txt", readFile(example + "/files/share/templates.txt"), 0644},
-        {"/doc/README.txt", readFile(example + "/files/doc/README.txt"), 0644},
-        {"/doc/CHANGES.txt", readFile(example + "/files/doc/CHANGES.txt"), 0644},
-        {"/uninstall/install.xml", readFile(example + "/install.xml"), 0644},
+        { "/bin/quilb-notes", readFile(example + "/files/bin/quilb-notes"), 0755 },
+        { "/share/notes.conf", conf, 0644 },
+        { "/share/templates.txt", readFile(example + "/files/share/templates.txt"), 0644 },
+        { "/doc/README.txt", readFile(example + "/files/doc/README.txt"), 0644 },
+        { "/doc/CHANGES.txt", readFile(example + "/files/doc/CHANGES.txt"), 0644 },
+        { "/uninstall/install.xml", readFile(example + "/install.xml"), 0644 },
     };
     for (const Expected& e : expected) {
         SCOPED_TRACE(e.path);
         EXPECT_EQ(readFile(t + e.path), e.content);
         EXPECT_EQ(modeOf(t + e.path), e.mode);
     }
-    EXPECT_EQ(runCommand("find " + shellQuote(t) + " -type f | wc -l").output, "8\n") << "six files, log, container";
+    EXPECT_EQ(runCommand("find " + shellQuote(t) + " -type f | wc -l").output, "8\n")
+        << "six files, log, container";
 
     // The whole log, byte for byte: the head, the variables in the order of the store (the
     // control variables are kept out), then the records in the order of the run.
@@ -196,7 +200,8 @@ TEST(InstallTest, SampleProductInstallsItsFilesAndLog)
     for (const std::string& line : expectedLog)
         joined += line + "\r\n";
     EXPECT_EQ(readFile(t + "/uninstall/quilb-notes.log"), joined);
-    EXPECT_EQ(readFile(t + "/uninstall/quilb-notes.bak"), kContainerHeader + kContainerEnd) << "nothing was overwritten";
+    EXPECT_EQ(readFile(t + "/uninstall/quilb-notes.bak"), kContainerHeader + kContainerEnd)
+        << "nothing was overwritten";
 }
 
 TEST(InstallTest, SampleProductInstallsAtATerminal)
@@ -286,7 +291,8 @@ const char* const kLoopTemplate = R"(<QuilbGroupInstallation>
 )";
 
 // The packed contents of the loop product.
-struct LoopFiles {
+struct LoopFiles
+{
     std::string tool = "#!/bin/sh\necho tool\n";
     std::string same = "#!/bin/sh\necho same\n";
     std::string small = "owner=[OWNER]\nextra=[EXTRA]\n";
@@ -327,39 +333,43 @@ TEST(InstallTest, FileLoopWritesFilesLogAndContainer)
     const std::string oldChanged = "the user's own changed.conf\n";
     writeFile(t + "/bin/same", files.same);
     chmod((t + "/bin/same").c_str(), 0644);
-    struct utimbuf old = {1000000000, 1000000000};
+    struct utimbuf old = { 1000000000, 1000000000 };
     utime((t + "/bin/same").c_str(), &old);
     writeFile(t + "/etc/changed.conf", oldChanged);
     writeFile(t + "/etc/plain.conf", "plain.conf, old\n");
     // "qbusytool" stands as a running program, whose file can't be opened for writing.
     ASSERT_EQ(runCommand("cp /bin/sleep " + shellQuote(t + "/bin/qbusytool")).exitCode, 0);
-    ASSERT_EQ(runCommand("setsid " + shellQuote(t + "/bin/qbusytool") + " 30 </dev/null >/dev/null 2>&1 &").exitCode, 0);
+    ASSERT_EQ(runCommand("setsid " + shellQuote(t + "/bin/qbusytool") + " 30 </dev/null >/dev/null 2>&1 &")
+                  .exitCode,
+        0);
     for (int i = 0; i < 50 && runCommand("pgrep -x qbusytool").exitCode != 0; ++i)
         usleep(20000);
 
-    CommandResult run = product.install({"-auto", "-quiet=0"});
+    CommandResult run = product.install({ "-auto", "-quiet=0" });
     runCommand("pkill -x qbusytool");
     ASSERT_EQ(run.exitCode, 0) << run.output;
-    EXPECT_TRUE(inOrder(run.output, {"Copying.", "Overwrite " + t + "/etc/plain.conf", "Back up " + t + "/etc/changed.conf",
-                                     "Overwrite " + t + "/etc/changed.conf",
-                                     "Create " + t + "/bin/same", "Overwrite " + t + "/bin/qbusytool", "All done."}))
+    EXPECT_TRUE(inOrder(run.output,
+        { "Copying.", "Overwrite " + t + "/etc/plain.conf", "Back up " + t + "/etc/changed.conf",
+            "Overwrite " + t + "/etc/changed.conf", "Create " + t + "/bin/same",
+            "Overwrite " + t + "/bin/qbusytool", "All done." }))
         << run.output;
     EXPECT_EQ(run.output.find("Install error noted."), std::string::npos) << run.output;
 
-    struct Expected {
+    struct Expected
+    {
         const char* path;
         std::string content;
         int mode;
     };
     const Expected expected[] = {
-        {"/bin/qbusytool", files.tool, 0755},
-        {"/bin/same", files.same, 0755},  // left alone, but made executable
-        {"/etc/small.conf", "owner=Ada\nextra=0\n", 0644},
-        {"/etc/large.conf", files.large, 0644},  // 8192 bytes: not expanded
-        {"/etc/changed.conf", files.changed, 0644},
-        {"/etc/fresh.conf", files.fresh, 0644},
-        {"/etc/plain.conf", files.plain, 0644},
-        {"/uninstall/install.xml", kLoopTemplate, 0644},
+        { "/bin/qbusytool", files.tool, 0755 },
+        { "/bin/same", files.same, 0755 }, // left alone, but made executable
+        { "/etc/small.conf", "owner=Ada\nextra=0\n", 0644 },
+        { "/etc/large.conf", files.large, 0644 }, // 8192 bytes: not expanded
+        { "/etc/changed.conf", files.changed, 0644 },
+        { "/etc/fresh.conf", files.fresh, 0644 },
+        { "/etc/plain.conf", files.plain, 0644 },
+        { "/uninstall/install.xml", kLoopTemplate, 0644 },
     };
     for (const Expected& e : expected) {
         SCOPED_TRACE(e.path);
@@ -394,7 +404,8 @@ TEST(InstallTest, FileLoopWritesFilesLogAndContainer)
     // Only the changed file with BackupExisting is kept: its old content, under the
     // checksum of what the run wrote over it.
     EXPECT_EQ(readFile(t + "/uninstall/loop.bak"),
-              kContainerHeader + containerRecord(t + "/etc/changed.conf", oldChanged, files.changed) + kContainerEnd);
+        kContainerHeader + containerRecord(t + "/etc/changed.conf", oldChanged, files.changed)
+            + kContainerEnd);
 
     // The temporary log and container are gone.
     EXPECT_EQ(runInSandbox("ls /tmp | grep -c tesktemp_ || true").output, "0\n");
@@ -411,11 +422,11 @@ TEST(InstallTest, FailedFileFailsTheRunAndTheRestIsWritten)
     ASSERT_EQ(runCommand("mkdir -p " + shellQuote(t)).exitCode, 0);
     writeFile(t + "/blocked", "in the way\n");
 
-    CommandResult run = product.install({"-auto", "-quiet=0", "-VARIABLE_BLOCK=1"});
-    EXPECT_TRUE(inOrder(run.output, {"FAILED to Create " + t + "/blocked/sub/blocked.txt", "Create " + t + "/late/deep/late.txt",
-                                     "There were errors during the installation.",
-                                     "Encountered errors during installation:",
-                                     "FAILED to Create " + t + "/blocked/sub/blocked.txt", "Install error noted."}))
+    CommandResult run = product.install({ "-auto", "-quiet=0", "-VARIABLE_BLOCK=1" });
+    EXPECT_TRUE(inOrder(run.output,
+        { "FAILED to Create " + t + "/blocked/sub/blocked.txt", "Create " + t + "/late/deep/late.txt",
+            "There were errors during the installation.", "Encountered errors during installation:",
+            "FAILED to Create " + t + "/blocked/sub/blocked.txt", "Install error noted." }))
         << run.output;
     EXPECT_EQ(readFile(t + "/late/deep/late.txt"), "written after a failure\n");
     EXPECT_EQ(readFile(t + "/bin/qbusytool"), files.tool);
@@ -427,9 +438,9 @@ TEST(InstallTest, FailedFileFailsTheRunAndTheRestIsWritten)
     // The file sets come in document order, so the failing set's records are the last. A
     // file that then fails is logged all the same; the directories made are logged.
     const std::vector<std::string> last(recs.end() - 3, recs.end());
-    EXPECT_EQ(last, (std::vector<std::string>{"FILE\tCREATE\t" + t + "/blocked/sub/blocked.txt",
-                                              "DIR\t2\t" + t + "/late/deep/",
-                                              "FILE\tCREATE\t" + t + "/late/deep/late.txt"}));
+    EXPECT_EQ(last,
+        (std::vector<std::string> { "FILE\tCREATE\t" + t + "/blocked/sub/blocked.txt",
+            "DIR\t2\t" + t + "/late/deep/", "FILE\tCREATE\t" + t + "/late/deep/late.txt" }));
 }
 
 const char* const kWaitTemplate = R"(<QuilbGroupInstallation>
@@ -459,13 +470,15 @@ TEST(InstallTest, RunningAppsHoldsTheWizardUntilTheProgramEnds)
     ASSERT_NO_FATAL_FAILURE(product.pack());
     const std::string waiter = product.work.file("quilb_waiter");
     ASSERT_EQ(runCommand("cp /bin/sleep " + shellQuote(waiter)).exitCode, 0);
-    const std::string held = "The installation can not continue, because the processes listed above are running.";
+    const std::string held
+        = "The installation can not continue, because the processes listed above are running.";
 
-    struct Case {
+    struct Case
+    {
         const char* name;
         bool terminal;
     };
-    for (const Case& c : {Case{"unattended", false}, Case{"at a terminal", true}}) {
+    for (const Case& c : { Case { "unattended", false }, Case { "at a terminal", true } }) {
         SCOPED_TRACE(c.name);
         // The waiter lives for two seconds, started apart from the test so that nothing
         // waits for its output.
@@ -480,13 +493,13 @@ TEST(InstallTest, RunningAppsHoldsTheWizardUntilTheProgramEnds)
             status = session.finish();
             output = session.transcript();
         } else {
-            CommandResult run = product.install({"-auto"});
+            CommandResult run = product.install({ "-auto" });
             status = run.exitCode;
             output = run.output;
         }
         double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         EXPECT_EQ(status, 0) << output;
-        EXPECT_TRUE(inOrder(output, {"Please close the waiter.", "quilb_waiter", held})) << output;
+        EXPECT_TRUE(inOrder(output, { "Please close the waiter.", "quilb_waiter", held })) << output;
         EXPECT_EQ(output.find("quilb_never"), std::string::npos) << output;
         EXPECT_GE(seconds, 1.0) << "the wizard went on while the program ran";
         EXPECT_EQ(runCommand("pgrep -x quilb_waiter").exitCode, 1) << "the waiter has ended";

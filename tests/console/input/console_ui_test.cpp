@@ -13,12 +13,18 @@ namespace {
 const std::string kCleared = "\r" + std::string(78, ' ') + "\r\n";
 
 // An engine with one dialog of controls: the condition "yes" holds, every other one fails.
-class OneDialog : public InstallExchangeInfo {
+class OneDialog : public InstallExchangeInfo
+{
 public:
     OneDialog()
     {
-        const struct { int type; const char* text; const char* condition; } controls[] = {
-            {CTRL_TEXT, "Welcome", ""}, {CTRL_TEXT, "Hidden", "no"}, {CTRL_TEXT, "Shown", "yes"}, {CTRL_IMAGE, "logo", ""}};
+        const struct
+        {
+            int type;
+            const char* text;
+            const char* condition;
+        } controls[] = { { CTRL_TEXT, "Welcome", "" }, { CTRL_TEXT, "Hidden", "no" },
+            { CTRL_TEXT, "Shown", "yes" }, { CTRL_IMAGE, "logo", "" } };
         for (const auto& c : controls) {
             UICTRL& control = dialog.controls.append();
             control.type = c.type;
@@ -29,7 +35,10 @@ public:
     ~OneDialog() override { dialog.conditionObject = nullptr; }
 
     DLGINFO* GetDialogInfo(int dlg, int sub) override { return dlg == 0 && sub < 0 ? &dialog : nullptr; }
-    int GetDlgItemCount(int dlg, int sub) override { return GetDialogInfo(dlg, sub) ? dialog.controls.count : 0; }
+    int GetDlgItemCount(int dlg, int sub) override
+    {
+        return GetDialogInfo(dlg, sub) ? dialog.controls.count : 0;
+    }
     UICTRL* GetDlgItem(int dlg, int i, int sub) override
     {
         return i >= 0 && i < GetDlgItemCount(dlg, sub) ? &dialog.controls[i] : nullptr;
@@ -62,8 +71,10 @@ public:
 };
 
 // A console on that engine, answered by a person or unattended.
-struct Console {
-    explicit Console(int quiet, const char* input = "uninstall") : ui(0, 0, quiet)
+struct Console
+{
+    explicit Console(int quiet, const char* input = "uninstall")
+        : ui(0, 0, quiet)
     {
         ui.setExchange(&engine);
         bool automated = false;
@@ -75,17 +86,19 @@ struct Console {
 
 TEST(ConsoleDialog, TextsShowByQuietnessAndConditionAndOnlyOnceOnReentry)
 {
-    struct Case {
+    struct Case
+    {
         const char* name;
         int quiet;
-        bool conditionObject;  // as a dialog that holds the wizard has
-        bool progress;         // a progress line is on
+        bool conditionObject; // as a dialog that holds the wizard has
+        bool progress; // a progress line is on
         std::string shown;
     } const cases[] = {
-        {"texts whose condition holds", 0, false, false, "Welcome\nShown\n"},
-        {"a progress line is cleared before each text", 0, false, true, kCleared + "Welcome\n" + kCleared + "Shown\n"},
-        {"quiet shows nothing", 1, false, false, ""},
-        {"quiet shows a holding dialog's texts", 1, true, false, "Welcome\nShown\n"},
+        { "texts whose condition holds", 0, false, false, "Welcome\nShown\n" },
+        { "a progress line is cleared before each text", 0, false, true,
+            kCleared + "Welcome\n" + kCleared + "Shown\n" },
+        { "quiet shows nothing", 1, false, false, "" },
+        { "quiet shows a holding dialog's texts", 1, true, false, "Welcome\nShown\n" },
     };
     for (const Case& c : cases) {
         Console console(c.quiet);
@@ -101,18 +114,19 @@ TEST(ConsoleDialog, TextsShowByQuietnessAndConditionAndOnlyOnceOnReentry)
 
 TEST(ConsoleDialog, AnAutomatedDialogIsPolledUntilItsConditionHolds)
 {
-    struct Case {
+    struct Case
+    {
         const char* name;
         int flags;
         std::vector<int> evaluations;
-        int next;  // what EvNext gives
+        int next; // what EvNext gives
         int asked;
         int result;
     } const cases[] = {
-        {"polled while it gives 0", DLG_AUTOMATED, {0, 0, 1}, 0, 3, 0},
-        {"a dialog without a condition isn't polled", DLG_AUTOMATED, {2}, 0, 1, 0},
-        {"only an Automated dialog is polled", 0, {0}, 0, 1, 0},
-        {"the result of the step ends the run", DLG_AUTOMATED, {1}, -1, 1, -1},
+        { "polled while it gives 0", DLG_AUTOMATED, { 0, 0, 1 }, 0, 3, 0 },
+        { "a dialog without a condition isn't polled", DLG_AUTOMATED, { 2 }, 0, 1, 0 },
+        { "only an Automated dialog is polled", 0, { 0 }, 0, 1, 0 },
+        { "the result of the step ends the run", DLG_AUTOMATED, { 1 }, -1, 1, -1 },
     };
     for (const Case& c : cases) {
         Console console(0, "autoInstall");
@@ -126,27 +140,28 @@ TEST(ConsoleDialog, AnAutomatedDialogIsPolledUntilItsConditionHolds)
 
 TEST(ConsoleDialog, MessageBoxAndCancelAskByTypeAndState)
 {
-    struct Case {
+    struct Case
+    {
         const char* name;
         int quiet;
-        int type;  // -1: ConfirmCancel in `state`
+        int type; // -1: ConfirmCancel in `state`
         SETTINGSTATE state;
         const char* input;
         bool result;
         const char* output;
     } const cases[] = {
-        {"quiet asks nothing", 1, 2, SETTING_IDLE, "no\n", true, ""},
-        {"a plain message", 0, 1, SETTING_IDLE, "\n", false, "\nDone.\nPress Enter to continue..."},
-        {"yes or no, whole words in any case", 0, 2, SETTING_IDLE, "n\nNO\n", false,
-         "\nDone. ([yes] or no): Please, answer with yes or no: "},
-        {"OK or Cancel, by a prefix in its case", 0, 0, SETTING_IDLE, "c\nC\n", false,
-         "\nDone. ([OK] or Cancel): Please, answer with OK or Cancel: "},
-        {"OK is the default", 0, 0, SETTING_IDLE, "\n", true, "\nDone. ([OK] or Cancel): "},
-        {"no cancel while installing", 0, -1, SETTING_WORKING, "", false,
-         "\n[CTRL-C] The installation is running and can not be aborted!\n"},
-        {"no cancel while busy", 0, -1, SETTING_BUSY, "", false,
-         "\n[CTRL-C] The installer is busy and cannot be interrupted\n"},
-        {"cancel while waiting", 0, -1, SETTING_WAITING, "", true, "\n[CTRL-C] Aborting installation...\n"},
+        { "quiet asks nothing", 1, 2, SETTING_IDLE, "no\n", true, "" },
+        { "a plain message", 0, 1, SETTING_IDLE, "\n", false, "\nDone.\nPress Enter to continue..." },
+        { "yes or no, whole words in any case", 0, 2, SETTING_IDLE, "n\nNO\n", false,
+            "\nDone. ([yes] or no): Please, answer with yes or no: " },
+        { "OK or Cancel, by a prefix in its case", 0, 0, SETTING_IDLE, "c\nC\n", false,
+            "\nDone. ([OK] or Cancel): Please, answer with OK or Cancel: " },
+        { "OK is the default", 0, 0, SETTING_IDLE, "\n", true, "\nDone. ([OK] or Cancel): " },
+        { "no cancel while installing", 0, -1, SETTING_WORKING, "", false,
+            "\n[CTRL-C] The installation is running and can not be aborted!\n" },
+        { "no cancel while busy", 0, -1, SETTING_BUSY, "", false,
+            "\n[CTRL-C] The installer is busy and cannot be interrupted\n" },
+        { "cancel while waiting", 0, -1, SETTING_WAITING, "", true, "\n[CTRL-C] Aborting installation...\n" },
     };
     for (const Case& c : cases) {
         Console console(c.quiet);
@@ -165,7 +180,7 @@ TEST(ConsoleDialog, MessageBoxAndCancelAskByTypeAndState)
 
 TEST(ConsoleDialog, ListLinesAndDocumentsUnlessQuiet)
 {
-    for (int quiet : {0, 1}) {
+    for (int quiet : { 0, 1 }) {
         Console console(quiet, "autoInstall");
         std::string output = converse("", [&] {
             console.ui.SetDestination("/opt/a\n");

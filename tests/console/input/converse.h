@@ -10,8 +10,7 @@
 namespace quilbtest {
 
 // Feeds `input` to standard input and captures standard output while `ask` runs.
-template <typename Ask>
-std::string converse(const std::string& input, Ask ask)
+template <typename Ask> std::string converse(const std::string& input, Ask ask)
 {
     TempDir dir;
     std::string path = dir.file("answers");

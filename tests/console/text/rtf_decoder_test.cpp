@@ -13,19 +13,26 @@ std::string decode(const char* rtf, int margin = 0, int width = 40)
 
 TEST(RtfDecoder, DecodesTextAndLeavesTablesOut)
 {
-    struct Case {
+    struct Case
+    {
         const char* name;
         const char* rtf;
         const char* expected;
     } const cases[] = {
         { "null and empty", "", "" },
-        { "paragraphs", "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}{\\colortbl;\\red0\\green0\\blue0;}\\f0 First.\\par Second.\\par}",
-          "First.\nSecond.\n" },
+        { "paragraphs",
+            "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}{\\colortbl;\\red0\\green0\\blue0;}\\f0 First.\\par "
+            "Second.\\par}",
+            "First.\nSecond.\n" },
         { "empty paragraphs stay as blank lines", "{\\rtf1 A\\par\\par B\\par}", "A\n\nB\n" },
-        { "ignorable destinations", "{\\rtf1{\\*\\generator Writer;}{\\info{\\title T}}Body\\par}", "Body\n" },
+        { "ignorable destinations", "{\\rtf1{\\*\\generator Writer;}{\\info{\\title T}}Body\\par}",
+            "Body\n" },
         { "escaped symbols", "{\\rtf1 a\\{b\\}c\\\\d\\~e\\_f\\par}", "a{b}c\\d e-f\n" },
-        { "code page 1252 bytes", "{\\rtf1 caf\\'e9 \\'93q\\'94\\par}", "caf\xc3\xa9 \xe2\x80\x9cq\xe2\x80\x9d\n" },
-        { "unicode with its fallback skipped", "{\\rtf1\\uc1 a\\u8212?b\\par}", "a\xe2\x80\x94" "b\n" },
+        { "code page 1252 bytes", "{\\rtf1 caf\\'e9 \\'93q\\'94\\par}",
+            "caf\xc3\xa9 \xe2\x80\x9cq\xe2\x80\x9d\n" },
+        { "unicode with its fallback skipped", "{\\rtf1\\uc1 a\\u8212?b\\par}",
+            "a\xe2\x80\x94"
+            "b\n" },
         { "negative unicode values", "{\\rtf1 \\u-4064?\\par}", "\xef\x80\xa0\n" },
         { "line breaks and tabs", "{\\rtf1 a\\line b\\tab c\\par}", "a\nb c\n" },
         { "source line ends are no text", "{\\rtf1 one\r\ntwo\\par}", "onetwo\n" },

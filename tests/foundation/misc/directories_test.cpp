@@ -20,20 +20,26 @@ namespace {
 TEST(RecursiveCreateDir, MakesOnlyLevelsEndingInASlashAndCountsThem)
 {
     // relative: below the temporary directory; made / notMade: must (not) exist afterwards, or null
-    struct Case { const char *name, *relative; int result, created; const char *made, *notMade; };
+    struct Case
+    {
+        const char *name, *relative;
+        int result, created;
+        const char *made, *notMade;
+    };
     const Case cases[] = {
-        {"file name is never made", "/x", 0, 0, nullptr, "/x"},
-        {"trailing slash makes the directory", "/x/", 0, 1, "/x/", nullptr},
-        {"each missing level counts", "/a/b/c/file", 0, 3, "/a/b/c/", "/a/b/c/file"},
-        {"existing levels count nothing", "/a/b/c/", 0, 0, "/a/b/c/", nullptr},
-        {"backslashes separate levels", "/w\\v\\", 0, 2, "/w/v/", nullptr},
-        {"a file in the way fails", "/plain/sub/", -1, 0, nullptr, "/plain/sub"},
+        { "file name is never made", "/x", 0, 0, nullptr, "/x" },
+        { "trailing slash makes the directory", "/x/", 0, 1, "/x/", nullptr },
+        { "each missing level counts", "/a/b/c/file", 0, 3, "/a/b/c/", "/a/b/c/file" },
+        { "existing levels count nothing", "/a/b/c/", 0, 0, "/a/b/c/", nullptr },
+        { "backslashes separate levels", "/w\\v\\", 0, 2, "/w/v/", nullptr },
+        { "a file in the way fails", "/plain/sub/", -1, 0, nullptr, "/plain/sub" },
     };
     TempDir dir;
     ASSERT_TRUE(writeFile(dir.file("plain"), "x"));
     for (const Case& c : cases) {
         int created = -7;
-        EXPECT_EQ(RecursiveCreateDirFromFileName((dir.path() + c.relative).c_str(), created), c.result) << c.name;
+        EXPECT_EQ(RecursiveCreateDirFromFileName((dir.path() + c.relative).c_str(), created), c.result)
+            << c.name;
         EXPECT_EQ(created, c.created) << c.name;
         EXPECT_TRUE(!c.made || fileExists(dir.path() + c.made)) << c.name;
         EXPECT_TRUE(!c.notMade || !fileExists(dir.path() + c.notMade)) << c.name;
@@ -57,7 +63,8 @@ TEST(DeleteEmptyDirs, RemovesEmptyDirectoriesUpToTheFirstThatIsNotEmpty)
 
 // Stand-in for a front end: the foundation knows the engine's front-end class by name only and
 // passes the pointer on to the report handler, which records here what it would show.
-struct RecordingUI {
+struct RecordingUI
+{
     int started = 0;
     std::vector<std::string> shown;
 };
@@ -74,7 +81,8 @@ void report(InstallerUI* ui, LogCollector* collector, const char* message, int f
     recorder->shown.push_back(message);
 }
 
-class DirInfoDelete : public ::testing::Test {
+class DirInfoDelete : public ::testing::Test
+{
 protected:
     void SetUp() override
     {
@@ -117,7 +125,7 @@ TEST_F(DirInfoDelete, RemovesExactlyTheLevelsItMadeAndKeepsTheTopmostTried)
     EXPECT_FALSE(fileExists(dir.file("base/p")));
     EXPECT_EQ(recorder.started, 2);
     EXPECT_EQ(recorder.shown,
-              (std::vector<std::string>{"Remove " + dir.file("base/p/q"), "Remove " + dir.file("base/p")}));
+        (std::vector<std::string> { "Remove " + dir.file("base/p/q"), "Remove " + dir.file("base/p") }));
     EXPECT_TRUE(collected.empty());
 }
 
@@ -130,8 +138,8 @@ TEST_F(DirInfoDelete, DirectoryHoldingAFileFailsAndIsReported)
     DirInfo info(dir.file("base/g/").c_str(), 1);
     EXPECT_EQ(info.Delete(&console, ui(), collector()), 1);
     EXPECT_TRUE(fileExists(dir.file("base/g/data")));
-    EXPECT_EQ(recorder.shown, std::vector<std::string>{message});
-    EXPECT_EQ(collected, std::vector<std::string>{message});
+    EXPECT_EQ(recorder.shown, std::vector<std::string> { message });
+    EXPECT_EQ(collected, std::vector<std::string> { message });
     EXPECT_EQ(console.lines, "Dir: " + dir.file("base/g") + " (failed)\r\n");
 
     // Without a collector the front end still shows it; an empty DirInfo does nothing.
@@ -144,9 +152,10 @@ TEST_F(DirInfoDelete, DirectoryHoldingAFileFailsAndIsReported)
 
 TEST(RecursiveDeleteWildcard, RemovesMatchesInTheWholeTreeAndEmptiedDirectories)
 {
-    for (bool removeDir : {true, false}) {
+    for (bool removeDir : { true, false }) {
         TempDir dir;
-        for (const char* file : {"w/a.log", "w/b.txt", "w/sub/c.log", "w/sub/deeper/d.log", "w/keep/e.txt"}) {
+        for (const char* file :
+            { "w/a.log", "w/b.txt", "w/sub/c.log", "w/sub/deeper/d.log", "w/keep/e.txt" }) {
             ASSERT_EQ(RecursiveCreateDirFromFileName(dir.file(file).c_str()), 0);
             ASSERT_TRUE(writeFile(dir.file(file), "x"));
         }
@@ -170,7 +179,7 @@ TEST(ReadFileBuf, OnlyACompleteReadReplacesTheData)
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(data.data), 3), std::string("a\0b", 3));
 
     const unsigned char* before = data.data;
-    for (const std::string& bad : {dir.file("missing"), dir.path()}) {
+    for (const std::string& bad : { dir.file("missing"), dir.path() }) {
         EXPECT_NE(InstallerFileUtils::ReadFileBuf(bad.c_str(), size, data), 0) << bad;
         EXPECT_EQ(data.data, before) << bad;
     }
@@ -181,10 +190,19 @@ TEST(ReadFileBuf, OnlyACompleteReadReplacesTheData)
 
 TEST(GetTempFolder, TmpdirWithoutTrailingSlashesOrTmp)
 {
-    struct Case { const char* tmpdir; int size; const char* expected; }; // tmpdir null: unset
+    struct Case
+    {
+        const char* tmpdir;
+        int size;
+        const char* expected;
+    }; // tmpdir null: unset
     const Case cases[] = {
-        {nullptr, 520, "/tmp"}, {"", 520, "/tmp"},     {"/var/t//", 520, "/var/t"},
-        {"/", 520, "/"},        {"/var/tmp", 5, "/var"}, {"/x", 0, "unchanged"},
+        { nullptr, 520, "/tmp" },
+        { "", 520, "/tmp" },
+        { "/var/t//", 520, "/var/t" },
+        { "/", 520, "/" },
+        { "/var/tmp", 5, "/var" },
+        { "/x", 0, "unchanged" },
     };
     for (const Case& c : cases) {
         misctest::EnvGuard env("TMPDIR", c.tmpdir);

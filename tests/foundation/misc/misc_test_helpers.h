@@ -8,9 +8,13 @@
 namespace misctest {
 
 // Sets an environment variable (null unsets it) for the life of the object, then restores it.
-class EnvGuard {
+class EnvGuard
+{
 public:
-    EnvGuard(const char* name, const char* value) : name_(name), old_(getenv(name) ? getenv(name) : ""), hadValue_(getenv(name))
+    EnvGuard(const char* name, const char* value)
+        : name_(name)
+        , old_(getenv(name) ? getenv(name) : "")
+        , hadValue_(getenv(name))
     {
         value ? setenv(name, value, 1) : unsetenv(name);
     }
@@ -22,7 +26,8 @@ private:
 };
 
 // A console that keeps its lines, without decorations.
-class CaptureConsole : public PConsole {
+class CaptureConsole : public PConsole
+{
 public:
     CaptureConsole() { flags = 0; }
     void Write(const char* text, int size) override { lines.append(text, size); }

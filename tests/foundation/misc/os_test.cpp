@@ -1,11 +1,11 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <set>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ namespace {
 TEST(SearchPath, CommandsAndBrowsersAreFoundOnlyThroughPATH)
 {
     quilbtest::TempDir dir;
-    for (const char* name : {"quilb-probe-tool", "lynx", "opera"}) {
+    for (const char* name : { "quilb-probe-tool", "lynx", "opera" }) {
         ASSERT_TRUE(quilbtest::writeFile(dir.file(name), "#!/bin/sh\nexit 0\n"));
         ASSERT_EQ(chmod(dir.file(name).c_str(), 0755), 0);
     }
@@ -44,8 +44,13 @@ TEST(SearchPath, CommandsAndBrowsersAreFoundOnlyThroughPATH)
 
 TEST(SearchPath, GetPathSplitsEveryPartIncludingEmptyOnes)
 {
-    struct Case { const char* path; std::vector<std::string> dirs; }; // path null: unset
-    const Case cases[] = {{"/bin:/usr/bin", {"/bin", "/usr/bin"}}, {":/a::", {"", "/a", "", ""}}, {"", {""}}, {nullptr, {}}};
+    struct Case
+    {
+        const char* path;
+        std::vector<std::string> dirs;
+    }; // path null: unset
+    const Case cases[] = { { "/bin:/usr/bin", { "/bin", "/usr/bin" } }, { ":/a::", { "", "/a", "", "" } },
+        { "", { "" } }, { nullptr, {} } };
     for (const Case& c : cases) {
         EnvGuard env("PATH", c.path);
         char* buffer = reinterpret_cast<char*>(1);
@@ -73,15 +78,19 @@ TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
         QUILB_REQUIRE_SANDBOX();
         char self[TeskUtils::kPathSize];
         ASSERT_EQ(getProcessFileName(self, sizeof self, 0), 1);
-        quilbtest::CommandResult run =
-            quilbtest::runInSandbox(quilbtest::shellQuote(self) + " --gtest_filter=Permissions.*");
+        quilbtest::CommandResult run
+            = quilbtest::runInSandbox(quilbtest::shellQuote(self) + " --gtest_filter=Permissions.*");
         EXPECT_EQ(run.exitCode, 0) << run.output;
         return;
     }
     // Root may write both; an ordinary user needs rights in both places, one is not enough.
     EXPECT_EQ(have_install_permissions(), 1);
-    struct Case { mode_t etc, usr; int expected; };
-    const Case cases[] = {{0755, 0755, 0}, {0777, 0755, 0}, {0755, 0777, 0}, {0777, 0777, 1}};
+    struct Case
+    {
+        mode_t etc, usr;
+        int expected;
+    };
+    const Case cases[] = { { 0755, 0755, 0 }, { 0777, 0755, 0 }, { 0755, 0777, 0 }, { 0777, 0777, 1 } };
     for (const Case& c : cases) {
         ASSERT_EQ(chmod("/etc", c.etc) | chmod("/usr", c.usr), 0);
         pid_t child = fork();
@@ -89,7 +98,8 @@ TEST(Permissions, ProbesWriteAFileInBothEtcAndUsr)
             _exit(setgid(65534) == 0 && setuid(65534) == 0 ? have_install_permissions() : 100);
         int status = 0;
         waitpid(child, &status, 0);
-        EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, c.expected) << std::oct << c.etc << " " << c.usr;
+        EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, c.expected)
+            << std::oct << c.etc << " " << c.usr;
     }
     EXPECT_EQ(quilbtest::runCommand("ls -d /etc/tkinst_* /usr/tkinst_* 2>/dev/null").output, "");
 }
@@ -123,8 +133,10 @@ TEST(ProxyConfiguration, ReadFromTheEnvironmentWithLowerCaseFallback)
 }
 
 // A child running `program` "300" under the given argv[0]; killed when the object dies.
-struct Child {
-    Child(const std::string& program, const std::string& argv0) : pid(fork())
+struct Child
+{
+    Child(const std::string& program, const std::string& argv0)
+        : pid(fork())
     {
         if (pid == 0) {
             execl(program.c_str(), argv0.c_str(), "300", static_cast<char*>(nullptr));
@@ -165,17 +177,19 @@ TEST(ProcessList, MatchesTheProgramFileNameOrAnExactBracketedName)
     ASSERT_NE(realpath("/bin/sleep", sleep), nullptr);
     std::string name = "quilbsleeper" + std::to_string(getpid());
     std::string program = dir.file(name);
-    ASSERT_EQ(quilbtest::runCommand("cp " + std::string(sleep) + " " + quilbtest::shellQuote(program)).exitCode, 0);
+    ASSERT_EQ(
+        quilbtest::runCommand("cp " + std::string(sleep) + " " + quilbtest::shellQuote(program)).exitCode, 0);
 
     Child plain(program, name);
-    Child renamed(program, "something-else");    // the listed command must hold the name...
+    Child renamed(program, "something-else"); // the listed command must hold the name...
     Child lookalike(sleep, name + "-lookalike"); // ...and the program file must match it
     Child bracketed(sleep, "[" + name + "]");
 
     TeskUtils::Table<int, 100> pids;
     pids.append(-5); // the table is emptied first
     ASSERT_EQ(TeskUtils::uniListProcessesMatching(name.c_str(), pids), 0);
-    EXPECT_EQ(std::multiset<int>(pids.data, pids.data + pids.getCount()), (std::multiset<int>{plain.pid, bracketed.pid}));
+    EXPECT_EQ(std::multiset<int>(pids.data, pids.data + pids.getCount()),
+        (std::multiset<int> { plain.pid, bracketed.pid }));
 
     std::string prefix = name.substr(0, name.size() - 1);
     ASSERT_EQ(TeskUtils::uniListProcessesMatching(prefix.c_str(), pids), 0);

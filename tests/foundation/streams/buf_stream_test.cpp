@@ -22,7 +22,15 @@ TEST(BufStream, WritesNeverGrowTheBlock)
 
 TEST(BufStream, SeeksAndReadsStayInsideTheBlock)
 {
-    const struct { const char* name; int (PBufStream::*seek)(long); long argument; int result; long position; std::string reads; } rows[] = {
+    const struct
+    {
+        const char* name;
+        int (PBufStream::*seek)(long);
+        long argument;
+        int result;
+        long position;
+        std::string reads;
+    } rows[] = {
         { "Seek to the end", &PBufStream::Seek, 10, 0, 10, "" },
         { "Seek below 0", &PBufStream::Seek, -1, -1, 4, "4567" },
         { "Seek beyond the end", &PBufStream::Seek, 11, -1, 4, "4567" },

@@ -27,13 +27,15 @@ bool fixedClock(struct tm& out)
 }
 
 // Keeps every Write call apart, to check how a line is cut into writes.
-class SplitConsole : public PConsole {
+class SplitConsole : public PConsole
+{
 public:
     std::vector<std::string> writes;
     void Write(const char* text, int size) override { writes.emplace_back(text, size); }
 };
 
-class Console : public ::testing::Test {
+class Console : public ::testing::Test
+{
 protected:
     void SetUp() override
     {
@@ -56,7 +58,15 @@ std::string threadTag()
 TEST_F(Console, LinePrefixForEachFlagCombination)
 {
     const std::string stamp = "[2024/Mar/5|14:03:09]    ";
-    const struct { const char* name; int flags; int lineNumber; int month; bool localTime; std::string prefix; } rows[] = {
+    const struct
+    {
+        const char* name;
+        int flags;
+        int lineNumber;
+        int month;
+        bool localTime;
+        std::string prefix;
+    } rows[] = {
         { "default flags", -1, 7, 2, true, "   7:  " + stamp },
         { "no decorations", 0, 7, 2, true, "" },
         { "line number only", 1, 7, 2, true, "   7:  " },
@@ -95,7 +105,7 @@ TEST_F(Console, DumpIsThreeWritesCutsLongLinesAndObeysEnabled)
 
     console.writes.clear();
     console << "plain";
-    EXPECT_EQ(console.writes, (std::vector<std::string>{ "   1:  ", "plain" }));
+    EXPECT_EQ(console.writes, (std::vector<std::string> { "   1:  ", "plain" }));
 
     console.writes.clear();
     console.enabled = false;

@@ -26,7 +26,16 @@ mode_t currentUmask()
 TEST(FileStream, OpenMapsAccessAndDisposition)
 {
     // `exists`: 0 nothing at the path, 1 a file holding "old", 2 a directory.
-    const struct { const char* name; int access; int disposition; int exists; int result; int mode; std::string after; } rows[] = {
+    const struct
+    {
+        const char* name;
+        int access;
+        int disposition;
+        int exists;
+        int result;
+        int mode;
+        std::string after;
+    } rows[] = {
         { "read, existing", kRead, 0, 1, 0, O_RDONLY, "old" },
         { "no access bits read", 0, 0, 1, 0, O_RDONLY, "old" },
         { "write, existing", kWrite, 0, 1, 0, O_WRONLY, "old" },

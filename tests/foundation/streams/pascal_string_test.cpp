@@ -7,7 +7,12 @@
 
 TEST(PascalString, WritesLittleEndianLengthThenBytes)
 {
-    const struct { const char* name; std::string text; std::string expected; } rows[] = {
+    const struct
+    {
+        const char* name;
+        std::string text;
+        std::string expected;
+    } rows[] = {
         { "empty gives two zero bytes", "", std::string("\0\0", 2) },
         { "short text", "abc", std::string("\3\0abc", 5) },
         { "length above 255", std::string(0x102, 'x'), "\x02\x01" + std::string(0x102, 'x') },
@@ -17,7 +22,8 @@ TEST(PascalString, WritesLittleEndianLengthThenBytes)
         PBufStream stream;
         stream.SetBuf(&block[0], int(block.size()));
         int written = -1;
-        EXPECT_EQ(stream.WritePascalStr(row.text.data(), (unsigned short)row.text.size(), written), 0) << row.name;
+        EXPECT_EQ(stream.WritePascalStr(row.text.data(), (unsigned short)row.text.size(), written), 0)
+            << row.name;
         EXPECT_EQ(written, int(row.expected.size())) << row.name;
         EXPECT_EQ(block.substr(0, row.expected.size()), row.expected) << row.name;
     }
@@ -25,9 +31,18 @@ TEST(PascalString, WritesLittleEndianLengthThenBytes)
 
 TEST(PascalString, BoundedReadAtTheCapacityEdge)
 {
-    const struct { const char* name; std::string record; int result; unsigned short size; int position; std::string buffer; } rows[] = {
+    const struct
+    {
+        const char* name;
+        std::string record;
+        int result;
+        unsigned short size;
+        int position;
+        std::string buffer;
+    } rows[] = {
         { "length 7 fits capacity 8", std::string("\7\0abcdefgZ", 10), 0, 7, 9, std::string("abcdefg\0", 8) },
-        { "length 8 refused, stream behind the length word", std::string("\x08\0abcdefgh", 10), -1, 8, 2, "--------" },
+        { "length 8 refused, stream behind the length word", std::string("\x08\0abcdefgh", 10), -1, 8, 2,
+            "--------" },
         { "empty keeps size and buffer", std::string("\0\0", 2), 0, 8, 2, "--------" },
         { "cut length word", "\5", -1, 8, 1, "--------" },
     };

@@ -10,7 +10,8 @@ namespace {
 // A stream that only counts: reads hand out up to `available` bytes and remember the size
 // asked for; writes accept up to `writeLimit` bytes each. A non-zero `failOnCall` makes
 // that call (1-based) fail with `failCode`. The rest of the interface is a memory stream's.
-class RecordingStream : public PBufStream {
+class RecordingStream : public PBufStream
+{
 public:
     long available = 0;
     int writeLimit = 1 << 30;
@@ -44,13 +45,24 @@ public:
 TEST(StreamCopy, BlockSizesStopsAndFailures)
 {
     const long lots = 1L << 40;
-    const struct {
-        const char* name; long size; long available; int block; int writeLimit;
-        bool failSource; int failOnCall; int result; std::vector<int> reads; long read; long written;
+    const struct
+    {
+        const char* name;
+        long size;
+        long available;
+        int block;
+        int writeLimit;
+        bool failSource;
+        int failOnCall;
+        int result;
+        std::vector<int> reads;
+        long read;
+        long written;
     } rows[] = {
         { "block 0 uses 32768", 70000, lots, 0, 1 << 30, false, 0, 0, { 32768, 32768, 4464 }, 70000, 70000 },
         { "negative block uses 32768", 40000, lots, -5, 1 << 30, false, 0, 0, { 32768, 7232 }, 40000, 40000 },
-        { "block capped at 32 MiB", 0x2000001, lots, 0x3000000, 1 << 30, false, 0, 0, { 0x2000000, 1 }, 0x2000001, 0x2000001 },
+        { "block capped at 32 MiB", 0x2000001, lots, 0x3000000, 1 << 30, false, 0, 0, { 0x2000000, 1 },
+            0x2000001, 0x2000001 },
         { "short source ends quietly", 100, 60, 16, 1 << 30, false, 0, 0, { 16, 16, 16, 16 }, 60, 60 },
         { "nothing to copy", 0, lots, 16, 1 << 30, false, 0, 0, {}, 0, 0 },
         { "short writes count against the size", 32, lots, 16, 10, false, 0, 0, { 16, 16, 12, 2 }, 46, 32 },

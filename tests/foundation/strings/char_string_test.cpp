@@ -65,13 +65,20 @@ TEST(CharString, AppendCopiesASharedBufferFirst)
 TEST(CharString, SplitBufferMakesAPrivateBufferOfTheGivenSize)
 {
     // A null `text` starts from a null string; `expected` is the buffer's text.
-    struct Row { const char* name; const char* text; bool shared; int size, keep; const char* expected; };
+    struct Row
+    {
+        const char* name;
+        const char* text;
+        bool shared;
+        int size, keep;
+        const char* expected;
+    };
     const Row rows[] = {
-        {"null string gets an empty buffer", nullptr, false, 8, 1, ""},
-        {"private buffer keeps its text", "abcdef", false, 16, 0, "abcdef"},
-        {"shared buffer, keep", "abcdef", true, 16, 1, "abcdef"},
-        {"shared buffer, no keep", "abcdef", true, 16, 0, ""},
-        {"shared buffer, keep with terminator just fitting", "abc", true, 4, 1, "abc"},
+        { "null string gets an empty buffer", nullptr, false, 8, 1, "" },
+        { "private buffer keeps its text", "abcdef", false, 16, 0, "abcdef" },
+        { "shared buffer, keep", "abcdef", true, 16, 1, "abcdef" },
+        { "shared buffer, no keep", "abcdef", true, 16, 0, "" },
+        { "shared buffer, keep with terminator just fitting", "abc", true, 4, 1, "abc" },
     };
     for (const Row& row : rows) {
         CharString text(row.text);

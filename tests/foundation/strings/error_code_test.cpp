@@ -30,9 +30,14 @@ TEST(ErrorCode, ChainShowsNewestFirst)
     error.addError("copyFiles", 7, "copy failed");
     error.addError(nullptr, 9, "install stopped");
     EXPECT_EQ(error.depth(), 3);
-    EXPECT_EQ(error.getErrorString(), "install stopped | [copyFiles] copy failed | [openFile] cannot open a.txt");
+    EXPECT_EQ(
+        error.getErrorString(), "install stopped | [copyFiles] copy failed | [openFile] cannot open a.txt");
 
-    const struct { int depth; int code; } codes[] = {{0, 9}, {1, 7}, {2, 2}, {3, 0}, {-1, 0}};
+    const struct
+    {
+        int depth;
+        int code;
+    } codes[] = { { 0, 9 }, { 1, 7 }, { 2, 2 }, { 3, 0 }, { -1, 0 } };
     for (const auto& row : codes)
         EXPECT_EQ(error.getError(row.depth), row.code) << "depth " << row.depth;
     EXPECT_STREQ(error.getWhere(1), "copyFiles");

@@ -7,8 +7,8 @@
 #include "foundation/strings/hash_map.h"
 
 using TeskUtils::CharString;
-using TeskUtils::HashMap;
 using TeskUtils::hashlittle;
+using TeskUtils::HashMap;
 
 namespace {
 
@@ -29,7 +29,7 @@ TEST(HashMap, StartsAtAPrimeAndShrinksOneStepPerNewKey)
 {
     StringMap map;
     EXPECT_EQ(map.bucketCount(), 1049);
-    const int expected[] = {521, 257, 127, 59, 29, 13, 13, 13};
+    const int expected[] = { 521, 257, 127, 59, 29, 13, 13, 13 };
     for (int i = 0; i < 8; ++i) {
         map[CharString::format("key%d", i)] = "v";
         EXPECT_EQ(map.bucketCount(), expected[i]) << "after key " << i;
@@ -43,7 +43,10 @@ TEST(HashMap, GrowsWhenTheLoadReaches76Percent)
     ASSERT_EQ(map.bucketCount(), 13);
     // 10 entries in 13 buckets is a load of 76: the 11th key moves to 29 buckets;
     // 22 entries in 29 is 75, 23 is 79: the 24th key moves to 59.
-    const struct { int keys, buckets; } checkpoints[] = {{10, 13}, {11, 29}, {23, 29}, {24, 59}};
+    const struct
+    {
+        int keys, buckets;
+    } checkpoints[] = { { 10, 13 }, { 11, 29 }, { 23, 29 }, { 24, 59 } };
     int inserted = 0;
     for (const auto& point : checkpoints) {
         for (; inserted < point.keys; ++inserted)

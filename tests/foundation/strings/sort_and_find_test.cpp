@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 #include <sys/stat.h>
+#include <vector>
 
 #include "foundation/strings/find_data.h"
 #include "foundation/strings/quick_sort.h"
@@ -21,11 +21,14 @@ TEST(QuickSort, OrdersBytewiseWithNullsFirst)
     // Sizes on both sides of the selection-sort threshold, with duplicates, nulls and
     // bytes above 127.
     srand(7);
-    for (int size : {1, 2, 9, 10, 11, 64, 500}) {
+    for (int size : { 1, 2, 9, 10, 11, 64, 500 }) {
         std::vector<CharString> strings;
         for (int i = 0; i < size; ++i) {
             int kind = rand() % 10;
-            strings.push_back(kind == 0 ? CharString() : kind == 1 ? CharString("\xff" "high") : CharString::format("s%d", rand() % (size / 2 + 1)));
+            strings.push_back(kind == 0 ? CharString()
+                    : kind == 1         ? CharString("\xff"
+                                                             "high")
+                                        : CharString::format("s%d", rand() % (size / 2 + 1)));
         }
         std::vector<CharString*> pointers;
         for (CharString& s : strings)
@@ -40,7 +43,8 @@ TEST(QuickSort, OrdersBytewiseWithNullsFirst)
         std::sort(original.begin(), original.end());
         EXPECT_EQ(sortedCopy, original) << "a permutation, size " << size;
         for (size_t i = 1; i < pointers.size(); ++i) {
-            const char *a = pointers[i - 1] ? pointers[i - 1]->data() : nullptr, *b = pointers[i] ? pointers[i]->data() : nullptr;
+            const char *a = pointers[i - 1] ? pointers[i - 1]->data() : nullptr,
+                       *b = pointers[i] ? pointers[i]->data() : nullptr;
             EXPECT_TRUE(!a || (b && strcmp(a, b) <= 0)) << "size " << size << " at " << i;
         }
     }

@@ -22,13 +22,25 @@ TEST(StringBuilder, ConstructorBoundsItsSettings)
 
 TEST(StringBuilder, CapacityGrowsByBlocksAndFactor)
 {
-    struct Step { int add; long capacity; }; // characters appended, capacity expected afterwards
-    struct Row { const char* name; long blockSize; float growth; std::vector<Step> steps; };
+    struct Step
+    {
+        int add;
+        long capacity;
+    }; // characters appended, capacity expected afterwards
+    struct Row
+    {
+        const char* name;
+        long blockSize;
+        float growth;
+        std::vector<Step> steps;
+    };
     const Row rows[] = {
-        {"blocks only: the terminator needs room too", 16, 0.0f, {{1, 16}, {14, 16}, {1, 32}, {40, 64}}},
-        {"factor 2 beats the rounded need", 16, 2.0f, {{1, 16}, {20, 32}, {11, 64}}},
-        {"factor 1.5, rounded up to blocks", 100, 1.5f, {{99, 100}, {1, 200}, {100, 300}, {100, 500}}},
-        {"a large need beats the factor", 16, 2.0f, {{1, 16}, {100, 112}}},
+        { "blocks only: the terminator needs room too", 16, 0.0f,
+            { { 1, 16 }, { 14, 16 }, { 1, 32 }, { 40, 64 } } },
+        { "factor 2 beats the rounded need", 16, 2.0f, { { 1, 16 }, { 20, 32 }, { 11, 64 } } },
+        { "factor 1.5, rounded up to blocks", 100, 1.5f,
+            { { 99, 100 }, { 1, 200 }, { 100, 300 }, { 100, 500 } } },
+        { "a large need beats the factor", 16, 2.0f, { { 1, 16 }, { 100, 112 } } },
     };
     for (const Row& row : rows) {
         StringBuilder builder(row.blockSize, row.growth);
@@ -69,7 +81,7 @@ TEST(StringBuilder, AppendStopsAtCountOrNul)
 
 TEST(StringBuilder, JoinsItemsWithASeparator)
 {
-    const char* items[] = {"a", nullptr, "c"};
+    const char* items[] = { "a", nullptr, "c" };
     StringBuilder joined;
     joined.append(items, 3, ", ");
     EXPECT_STREQ(joined.c_str(), "a, , c");

@@ -14,8 +14,7 @@ using TeskUtils::Table;
 namespace {
 
 // Capacity after appending one element at a time, sampled after the given counts.
-template <int STEP>
-std::vector<int> capacitiesWhileAppending(const std::vector<int>& samples)
+template <int STEP> std::vector<int> capacitiesWhileAppending(const std::vector<int>& samples)
 {
     Table<int, STEP> table;
     std::vector<int> seen;
@@ -32,20 +31,29 @@ std::vector<int> capacitiesWhileAppending(const std::vector<int>& samples)
 
 TEST(TableGrowth, AppendFollowsTheStepRule)
 {
-    EXPECT_EQ(capacitiesWhileAppending<100>({1, 99, 100, 101, 199, 200, 201}), (std::vector<int>{100, 100, 100, 200, 200, 200, 300}));
-    EXPECT_EQ(capacitiesWhileAppending<3>({1, 2, 3, 4, 6, 7}), (std::vector<int>{3, 3, 3, 6, 6, 9}));
-    EXPECT_EQ(capacitiesWhileAppending<-1>({1, 2, 3, 4, 5, 8, 9}), (std::vector<int>{1, 2, 4, 4, 8, 8, 16}));
-    EXPECT_EQ(capacitiesWhileAppending<0>({1, 2, 3, 5}), (std::vector<int>{1, 2, 4, 8}));
+    EXPECT_EQ(capacitiesWhileAppending<100>({ 1, 99, 100, 101, 199, 200, 201 }),
+        (std::vector<int> { 100, 100, 100, 200, 200, 200, 300 }));
+    EXPECT_EQ(capacitiesWhileAppending<3>({ 1, 2, 3, 4, 6, 7 }), (std::vector<int> { 3, 3, 3, 6, 6, 9 }));
+    EXPECT_EQ(
+        capacitiesWhileAppending<-1>({ 1, 2, 3, 4, 5, 8, 9 }), (std::vector<int> { 1, 2, 4, 4, 8, 8, 16 }));
+    EXPECT_EQ(capacitiesWhileAppending<0>({ 1, 2, 3, 5 }), (std::vector<int> { 1, 2, 4, 8 }));
 }
 
 TEST(TableGrowth, SetCountUsesTheRuleOrExactSize)
 {
     // `start`: count set first (0: untouched); `capacity`: expected afterwards.
-    struct Row { const char* name; int start, n, exact, capacity; };
+    struct Row
+    {
+        const char* name;
+        int start, n, exact, capacity;
+    };
     const Row rows[] = {
-        {"step rule on empty table goes strictly above n", 0, 100, 0, 200}, {"step rule below a multiple", 0, 37, 0, 100},
-        {"exact on empty table", 0, 100, 1, 100},             {"room already there keeps capacity", 150, 120, 0, 200},
-        {"room already there ignores exact", 150, 10, 1, 200}, {"exact growth of a filled table", 150, 333, 1, 333},
+        { "step rule on empty table goes strictly above n", 0, 100, 0, 200 },
+        { "step rule below a multiple", 0, 37, 0, 100 },
+        { "exact on empty table", 0, 100, 1, 100 },
+        { "room already there keeps capacity", 150, 120, 0, 200 },
+        { "room already there ignores exact", 150, 10, 1, 200 },
+        { "exact growth of a filled table", 150, 333, 1, 333 },
     };
     for (const Row& row : rows) {
         Table<int, 100> table;

@@ -10,19 +10,20 @@ namespace {
 
 TEST(SmallStrAllocator, BlockPolicy)
 {
-    struct Row {
+    struct Row
+    {
         const char* name;
         std::vector<unsigned> sizes;
         int blocks, used; // after the requests
-        int own, ownAt;   // request that must have a block of its own, and its place (-1: none)
+        int own, ownAt; // request that must have a block of its own, and its place (-1: none)
     };
     const Row rows[] = {
-        {"SmallRequestsShareTheFirstBlock", {10, 20, 30}, 1, 60, -1, 0},
-        {"RequestFillingTheRestStartsNewBlock", {200, 56}, 2, 56, -1, 0},
-        {"RequestJustBelowTheRestFits", {200, 55}, 1, 255, -1, 0},
-        {"FullBlockRequestStartsNewBlock", {256}, 2, 256, -1, 0},
-        {"LargeRequestGoesBeforeCurrent", {10, 300}, 2, 10, 1, 0},
-        {"LargeRequestsKeepCurrentLast", {10, 300, 400, 20}, 3, 30, 2, 1},
+        { "SmallRequestsShareTheFirstBlock", { 10, 20, 30 }, 1, 60, -1, 0 },
+        { "RequestFillingTheRestStartsNewBlock", { 200, 56 }, 2, 56, -1, 0 },
+        { "RequestJustBelowTheRestFits", { 200, 55 }, 1, 255, -1, 0 },
+        { "FullBlockRequestStartsNewBlock", { 256 }, 2, 256, -1, 0 },
+        { "LargeRequestGoesBeforeCurrent", { 10, 300 }, 2, 10, 1, 0 },
+        { "LargeRequestsKeepCurrentLast", { 10, 300, 400, 20 }, 3, 30, 2, 1 },
     };
     for (const Row& row : rows) {
         SmallStrAllocator<256> allocator;

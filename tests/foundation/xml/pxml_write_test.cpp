@@ -23,16 +23,21 @@ std::string writeToText(PXML& xml, int* result = nullptr)
 
 TEST(XmlWrite, Layout)
 {
-    struct Row { const char* name; const char* input; const char* expected; };
+    struct Row
+    {
+        const char* name;
+        const char* input;
+        const char* expected;
+    };
     const Row rows[] = {
-        {"EmptyElementWrittenAsPair", "<a/>", "<a></a>\n"},
-        {"ChildIndentedOneSpace", "<a><b/></a>", "<a>\n <b></b>\n</a>\n"},
-        {"DeeperLevels", "<a><b><c>t</c></b><d x=\"1\"/></a>",
-         "<a>\n <b>\n  <c>t</c>\n </b>\n <d x=\"1\"></d>\n</a>\n"},
-        {"AttributesInOrderWithDuplicates", "<a k=\"1\" K=\"2\">t</a>", "<a k=\"1\" K=\"2\">t</a>\n"},
-        {"EscapedData", "<a>&amp;&lt;&apos;&quot;&gt;</a>", "<a>&amp;&lt;&apos;&quot;&gt;</a>\n"},
-        {"EscapedAttribute", "<a v='&<\"&gt;'/>", "<a v=\"&amp;&lt;&quot;&gt;\"></a>\n"},
-        {"EmptyDocumentWritesNothing", "", ""},
+        { "EmptyElementWrittenAsPair", "<a/>", "<a></a>\n" },
+        { "ChildIndentedOneSpace", "<a><b/></a>", "<a>\n <b></b>\n</a>\n" },
+        { "DeeperLevels", "<a><b><c>t</c></b><d x=\"1\"/></a>",
+            "<a>\n <b>\n  <c>t</c>\n </b>\n <d x=\"1\"></d>\n</a>\n" },
+        { "AttributesInOrderWithDuplicates", "<a k=\"1\" K=\"2\">t</a>", "<a k=\"1\" K=\"2\">t</a>\n" },
+        { "EscapedData", "<a>&amp;&lt;&apos;&quot;&gt;</a>", "<a>&amp;&lt;&apos;&quot;&gt;</a>\n" },
+        { "EscapedAttribute", "<a v='&<\"&gt;'/>", "<a v=\"&amp;&lt;&quot;&gt;\"></a>\n" },
+        { "EmptyDocumentWritesNothing", "", "" },
     };
     for (const Row& row : rows) {
         std::string text = row.input;
@@ -77,7 +82,7 @@ TEST(XmlWrite, ReadBackGivesSameTree)
 TEST(XmlWrite, LongValuesEscapedWhole)
 {
     // Beyond 1023 characters escaping leaves the static buffer.
-    for (size_t length : {1023u, 1024u, 5000u}) {
+    for (size_t length : { 1023u, 1024u, 5000u }) {
         std::string value(length, '&'), escaped;
         for (size_t i = 0; i < length; ++i)
             escaped += "&amp;";
@@ -98,7 +103,7 @@ TEST(XmlWrite, WriteNodeToStream)
     xml.SetParVal(1, "x", "&");
     const std::string expected = "<a>\n <b x=\"&amp;\">" + escaped + "</b>\n</a>\n";
     std::vector<char> block(expected.size());
-    for (int shortBy : {0, 1}) {
+    for (int shortBy : { 0, 1 }) {
         PBufStream stream;
         stream.SetBuf(block.data(), (int)block.size() - shortBy);
         stream.Open();
@@ -114,8 +119,13 @@ TEST(XmlWrite, WriteFileFailures)
     // at the close for a small one.
     quilbtest::TempDir dir;
     const std::string missing = dir.file("missing/out.xml");
-    struct Row { const char* path; size_t size; int expected; };
-    const Row rows[] = {{missing.c_str(), 1, -1}, {"/dev/full", 100000, 1}, {"/dev/full", 1, 1}};
+    struct Row
+    {
+        const char* path;
+        size_t size;
+        int expected;
+    };
+    const Row rows[] = { { missing.c_str(), 1, -1 }, { "/dev/full", 100000, 1 }, { "/dev/full", 1, 1 } };
     for (const Row& row : rows) {
         if (row.expected == 1 && !quilbtest::fileExists("/dev/full"))
             continue;

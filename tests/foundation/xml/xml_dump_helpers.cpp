@@ -15,7 +15,8 @@ std::string dumpNodes(const PXML& xml)
         out += "@" + std::to_string(node->parent);
         for (int a = 0; a < node->attrs->Count(); ++a) {
             const StrPair& pair = (*node->attrs)[a];
-            out += std::string(" ") + pair.name + "=" + (pair.value ? "[" + std::string(pair.value) + "]" : "null");
+            out += std::string(" ") + pair.name + "="
+                + (pair.value ? "[" + std::string(pair.value) + "]" : "null");
         }
         if (node->data)
             out += " data=[" + std::string(node->data) + "]/" + std::to_string(node->dataLength);

@@ -19,8 +19,7 @@ using quilbtest::writeFile;
 namespace {
 
 // The text of the InstallerError that `call` threw, or "" when it returned.
-template <class Call>
-std::string thrownText(Call call)
+template <class Call> std::string thrownText(Call call)
 {
     try {
         call();
@@ -32,11 +31,12 @@ std::string thrownText(Call call)
 
 // UpdateVars on an engine whose template names `logPath` (null: none), holding A="new", an
 // excluded variable, EMPTY="" and `name`=`value`; the text it threw.
-std::string updateVars(const std::string* logPath, const std::string& name = "L", const std::string& value = "")
+std::string updateVars(
+    const std::string* logPath, const std::string& name = "L", const std::string& value = "")
 {
     ProbeInstaller engine;
-    std::string text = "<QuilbGroupInstallation><Installation><Uninstall><InstallLogFile>" +
-                       (logPath ? *logPath : "") + "</InstallLogFile></Uninstall></Installation></QuilbGroupInstallation>";
+    std::string text = "<QuilbGroupInstallation><Installation><Uninstall><InstallLogFile>"
+        + (logPath ? *logPath : "") + "</InstallLogFile></Uninstall></Installation></QuilbGroupInstallation>";
     std::vector<char> buffer(text.c_str(), text.c_str() + text.size() + 1);
     engine.templateXml.ParseTag(buffer.data());
     engine.appendRecord("A", "new");
@@ -55,36 +55,41 @@ TEST(ActionLogVariables, WriteVarsLeavesOutUnnamedAndLogExcludedVariables)
 {
     ProbeInstaller engine;
     const std::string longName(600, 'N'), longValue(519, 'v');
-    for (const char* name : {"A", "", "EMPTY", "SECRET", "CONFIG_ONLY", longName.c_str()})
+    for (const char* name : { "A", "", "EMPTY", "SECRET", "CONFIG_ONLY", longName.c_str() })
         engine.appendRecord(name, *name == 'E' ? "" : *name == 'N' ? longValue.c_str() : "1");
     engine.addExcludeVar("SECRET", Installer::EXCLUDE_FROM_CONFIG);
     engine.addExcludeVar("SECRET", Installer::EXCLUDE_FROM_LOG | Installer::EXCLUDE_FROM_CONFIG);
     engine.addExcludeVar("CONFIG_ONLY", Installer::EXCLUDE_FROM_CONFIG);
-    engine.addExcludeVar("a", Installer::EXCLUDE_FROM_LOG);  // names compare exactly
+    engine.addExcludeVar("a", Installer::EXCLUDE_FROM_LOG); // names compare exactly
     PMemoryConsole log;
     log.flags = 0;
     EXPECT_EQ(engine.WriteVars(log), 0);
     const std::string cut = ("VAR\t" + longName + "\t" + longValue).substr(0, 1022);
-    EXPECT_EQ(log.text(), "NUMVARS\t4\r\nVAR\tA\t1\r\nVAR\tEMPTY\t\r\nVAR\tCONFIG_ONLY\t1\r\n" + cut + "\r\n");
+    EXPECT_EQ(
+        log.text(), "NUMVARS\t4\r\nVAR\tA\t1\r\nVAR\tEMPTY\t\r\nVAR\tCONFIG_ONLY\t1\r\n" + cut + "\r\n");
 }
 
 TEST(ActionLogVariables, ReadersOnGoodAndDamagedBlocks)
 {
     // outcome: initValuesFromLogFile's result and then A|B, or its error; getA: what getLogFileVar
     // gives for A ("-" for false); first: the line seekRecords leaves the stream at
-    struct { const char *label, *log, *outcome, *getA, *first, *debug; } cases[] = {
-        {"good", "h\r\nNUMVARS\t2\r\nVAR\tA\ta 1\r\nVAR\tB\t\t 2 \r\nFILE\tCREATE\t/x\r\n", "0 a 1|2", "a 1",
-         "FILE\tCREATE\t/x", ""},
-        {"empty value", "NUMVARS\t2\r\nVAR\tA\t\r\nVAR\tB\tb\r\nDIR\t1\t/d/\r\n", "1 <unknown>|b", "-", "DIR\t1\t/d/",
-         "ERROR: Format error in variable format in log file (Read buff: VAR\tA)\r\n"},
-        {"count 0", "NUMVARS\t0\r\nVAR\tA\t1\r\n", "0 <unknown>|<unknown>", "-", "VAR\tA\t1", ""},
-        {"case, line behind the count", "NUMVARS\t1\r\nVAR\ta\tlow\r\nVAR\tA\tup\r\n", "0 low|<unknown>", "-",
-         "VAR\tA\tup", ""},
-        {"no block", "a\r\nVAR\tA\t1\r\n", "ERROR: No variable number found in the provided log file!", "-", "a", ""},
-        {"count line not at the start", " NUMVARS\t1\r\nVAR\tA\t1\r\n",
-         "ERROR: Error parsing the number of variables in log file!", "-", " NUMVARS\t1", ""},
-        {"count beyond the end", "NUMVARS\t3\r\nVAR\tA\t1\r\n",
-         "ERROR: Encountered EOF before expected number of variables (3)!", "1", "NUMVARS\t3", ""},
+    struct
+    {
+        const char *label, *log, *outcome, *getA, *first, *debug;
+    } cases[] = {
+        { "good", "h\r\nNUMVARS\t2\r\nVAR\tA\ta 1\r\nVAR\tB\t\t 2 \r\nFILE\tCREATE\t/x\r\n", "0 a 1|2", "a 1",
+            "FILE\tCREATE\t/x", "" },
+        { "empty value", "NUMVARS\t2\r\nVAR\tA\t\r\nVAR\tB\tb\r\nDIR\t1\t/d/\r\n", "1 <unknown>|b", "-",
+            "DIR\t1\t/d/", "ERROR: Format error in variable format in log file (Read buff: VAR\tA)\r\n" },
+        { "count 0", "NUMVARS\t0\r\nVAR\tA\t1\r\n", "0 <unknown>|<unknown>", "-", "VAR\tA\t1", "" },
+        { "case, line behind the count", "NUMVARS\t1\r\nVAR\ta\tlow\r\nVAR\tA\tup\r\n", "0 low|<unknown>",
+            "-", "VAR\tA\tup", "" },
+        { "no block", "a\r\nVAR\tA\t1\r\n", "ERROR: No variable number found in the provided log file!", "-",
+            "a", "" },
+        { "count line not at the start", " NUMVARS\t1\r\nVAR\tA\t1\r\n",
+            "ERROR: Error parsing the number of variables in log file!", "-", " NUMVARS\t1", "" },
+        { "count beyond the end", "NUMVARS\t3\r\nVAR\tA\t1\r\n",
+            "ERROR: Encountered EOF before expected number of variables (3)!", "1", "NUMVARS\t3", "" },
     };
     TempDir dir;
     const std::string path = dir.file("install.log");
@@ -92,10 +97,11 @@ TEST(ActionLogVariables, ReadersOnGoodAndDamagedBlocks)
         ASSERT_TRUE(writeFile(path, c.log));
         ProbeInstaller engine;
         FILE* stream = fopen(path.c_str(), "rb");
-        fgetc(stream);  // both readers start from the top whatever the position
+        fgetc(stream); // both readers start from the top whatever the position
         int result = -9;
         std::string outcome = thrownText([&] { result = engine.initValuesFromLogFile(stream); });
-        outcome = outcome.empty() ? std::to_string(result) + " " + engine.value("A") + "|" + engine.value("B") : outcome;
+        outcome = outcome.empty() ? std::to_string(result) + " " + engine.value("A") + "|" + engine.value("B")
+                                  : outcome;
         EXPECT_EQ(outcome, c.outcome) << c.label;
         EXPECT_EQ(engine.log.text(), c.debug) << c.label;
         char line[ActionLog::kReadLineSize] = "", out[64] = "-";
@@ -111,42 +117,51 @@ TEST(ActionLogVariables, ReadersOnGoodAndDamagedBlocks)
     ASSERT_TRUE(writeFile(path, "NUMVARS\t1\r\nVAR\tL\t" + std::string(600, 'x') + "\r\n"));
     ProbeInstaller engine;
     std::string out(1024, '-');
-    for (int size : {1024, 4, 0})
+    for (int size : { 1024, 4, 0 })
         EXPECT_TRUE(engine.getLogFileVar(path.c_str(), "L", &out[0], size)) << size;
-    EXPECT_EQ(out.substr(0, 520), "xxx" + std::string(1, '\0') + std::string(515, 'x') + std::string(1, '\0'));
+    EXPECT_EQ(
+        out.substr(0, 520), "xxx" + std::string(1, '\0') + std::string(515, 'x') + std::string(1, '\0'));
     EXPECT_FALSE(engine.getLogFileVar(dir.file("missing.log").c_str(), "L", &out[0], 8));
-    EXPECT_FALSE(engine.getLogFileVar(nullptr, "L", &out[0], 8) || engine.getLogFileVar(path.c_str(), nullptr, &out[0], 8));
+    EXPECT_FALSE(engine.getLogFileVar(nullptr, "L", &out[0], 8)
+        || engine.getLogFileVar(path.c_str(), nullptr, &out[0], 8));
 
     EXPECT_EQ(thrownText([&] { engine.initValuesFromLogFile(nullptr); }),
-              "ERROR: Invalid file handle for reading values from log!");
+        "ERROR: Invalid file handle for reading values from log!");
     int fds[2];
     ASSERT_EQ(pipe(fds), 0);
     FILE* pipeEnd = fdopen(fds[0], "rb");
     EXPECT_EQ(thrownText([&] { engine.initValuesFromLogFile(pipeEnd); }),
-              "ERROR: The file handle for reading values from log could not be reset!");
+        "ERROR: The file handle for reading values from log could not be reset!");
     fclose(pipeEnd);
     close(fds[1]);
 
     // ReadVars reads the open log; a failure costs a debug line and a non-zero result.
     EXPECT_EQ(engine.ReadVars(), -1);
     EXPECT_EQ(engine.log.text(), "ERROR: Invalid file handle for reading values from log!\r\n");
-    ASSERT_EQ(engine.Init(path.c_str(), 0, 1), 0);  // opens the log as an uninstall does
+    ASSERT_EQ(engine.Init(path.c_str(), 0, 1), 0); // opens the log as an uninstall does
     EXPECT_EQ(engine.ReadVars(), 0);
     EXPECT_EQ(engine.value("L"), std::string(519, 'x'));
 }
 
 TEST(ActionLogVariables, UpdateVarsReplacesTheBlockAndKeepsTheRecords)
 {
-    const std::string records = "DIR\t1\t/opt/p/\r\nSHORTCUT\tSYMLINK\t/usr/bin/p\n\r\nFILE\tOVER\t/opt/p/VARx\r\n";
+    const std::string records
+        = "DIR\t1\t/opt/p/\r\nSHORTCUT\tSYMLINK\t/usr/bin/p\n\r\nFILE\tOVER\t/opt/p/VARx\r\n";
     const std::string old = kHead + "NUMVARS\t2\r\nVAR\tA\told\r\nVAR\tGONE\tx\r\n";
-    const std::string name(700, 'N'), value(519, 'v');  // whole, though longer than a console line
-    const std::string updated = kHead + "NUMVARS\t3\r\nVAR\tA\tnew\r\nVAR\tEMPTY\t\r\nVAR\t" + name + "\t" + value + "\r\n";
+    const std::string name(700, 'N'), value(519, 'v'); // whole, though longer than a console line
+    const std::string updated
+        = kHead + "NUMVARS\t3\r\nVAR\tA\tnew\r\nVAR\tEMPTY\t\r\nVAR\t" + name + "\t" + value + "\r\n";
     // after: the log afterwards, "" when it must stay as it was
-    struct { const char* label; std::string before, after, error; } cases[] = {
-        {"records kept", old + records, updated + records, ""},
-        {"a record holding VAR is swallowed", old + "FILE\tCREATE\t/opt/VARIOUS/f\r\n" + records, updated + records, ""},
-        {"nothing behind the block", old, "", "ERROR: No variables in action file"},
-        {"no block", kHead + records, "", "ERROR: No variables in action file"},
+    struct
+    {
+        const char* label;
+        std::string before, after, error;
+    } cases[] = {
+        { "records kept", old + records, updated + records, "" },
+        { "a record holding VAR is swallowed", old + "FILE\tCREATE\t/opt/VARIOUS/f\r\n" + records,
+            updated + records, "" },
+        { "nothing behind the block", old, "", "ERROR: No variables in action file" },
+        { "no block", kHead + records, "", "ERROR: No variables in action file" },
     };
     for (const auto& c : cases) {
         TempDir dir;
@@ -161,7 +176,7 @@ TEST(ActionLogVariables, UpdateVarsReplacesTheBlockAndKeepsTheRecords)
     const std::string missing = dir.file("missing.log"), temp = dir.file("templog.log");
     EXPECT_EQ(updateVars(nullptr), "ERROR: Obtaining install actionlog filename");
     EXPECT_EQ(updateVars(&missing), "ERROR: Opening action file (" + missing + ")");
-    ASSERT_TRUE(writeFile(temp, old + records));  // a log can't be its own temporary file
+    ASSERT_TRUE(writeFile(temp, old + records)); // a log can't be its own temporary file
     EXPECT_EQ(updateVars(&temp), "ERROR: Creating temp file for new log (" + temp + ")");
     EXPECT_EQ(readFile(temp), old + records);
 }
@@ -183,8 +198,10 @@ TEST(ActionLogRecords, WrittenRecordsReadBackBehindTheBlock)
     ActionLog::writeFirewallPort(log, 8080, "TCP;UDP", "web");
     log.Done();
     EXPECT_EQ(readFile(dir.file("install.log")),
-              "NUMVARS\t1\r\nVAR\tA\t1\r\nDIR\t2\t/opt/p/\r\nFILE\tCREATE\t/opt/p/a\r\nFILE\tOVER\t/opt/p/b\r\nINI\t\r\n"
-              "SHORTCUT\tSYMLINK\t/usr/bin/p\n\r\nFIREWALL\tAPP\t/opt/p/server\r\nFIREWALL\tPORT\t8080\tTCP;UDP\tweb\r\n");
+        "NUMVARS\t1\r\nVAR\tA\t1\r\nDIR\t2\t/opt/p/\r\nFILE\tCREATE\t/opt/p/a\r\nFILE\tOVER\t/opt/p/"
+        "b\r\nINI\t\r\n"
+        "SHORTCUT\tSYMLINK\t/usr/bin/p\n\r\nFIREWALL\tAPP\t/opt/p/"
+        "server\r\nFIREWALL\tPORT\t8080\tTCP;UDP\tweb\r\n");
 
     FILE* stream = fopen(dir.file("install.log").c_str(), "rb");
     ActionLog::seekRecords(stream);
@@ -194,25 +211,31 @@ TEST(ActionLogRecords, WrittenRecordsReadBackBehindTheBlock)
         read += std::to_string(kind) + ":" + ActionLog::recordText(line, kind) + "|";
     }
     fclose(stream);
-    EXPECT_EQ(read, "1:2\t/opt/p/|2:CREATE\t/opt/p/a|2:OVER\t/opt/p/b|4:|6:SYMLINK\t/usr/bin/p|0:|"
-                    "7:APP\t/opt/p/server|7:PORT\t8080\tTCP;UDP\tweb|");
+    EXPECT_EQ(read,
+        "1:2\t/opt/p/|2:CREATE\t/opt/p/a|2:OVER\t/opt/p/b|4:|6:SYMLINK\t/usr/bin/p|0:|"
+        "7:APP\t/opt/p/server|7:PORT\t8080\tTCP;UDP\tweb|");
 }
 
 TEST(ActionLogRecords, RecognisedByPrefixAndSplitAtTabRuns)
 {
     // split: of a DIR record "parsed count|directory", of a FILE record "found over|path",
     // with 9 and "-" where nothing was stored
-    struct { const char* line; ActionLog::RecordKind kind; const char *text, *split; } cases[] = {
-        {"DIR\t2\t/opt/a/", ActionLog::RecordDir, "2\t/opt/a/", "1 2|/opt/a/"},
-        {"DIRECTORY\t1\t/x", ActionLog::RecordDir, "ECTORY\t1\t/x", "0 0|1\t/x"},
-        {"DIR\tmany\t/c/", ActionLog::RecordDir, "many\t/c/", "0 0|/c/"},
-        {"FILE\tCREATE\t/f", ActionLog::RecordFile, "CREATE\t/f", "1 0|/f"},
-        {"FILE\t\tOVER\t\t\t/g h", ActionLog::RecordFile, "OVER\t\t\t/g h", "1 1|/g h"},
-        {"FILE\tOVERWRITE\t/f", ActionLog::RecordFile, "OVERWRITE\t/f", "0 9|-"},
-        {"FILE\tCREATED\t/f", ActionLog::RecordFile, "CREATED\t/f", "0 9|-"},
-        {"FILE\tCREATE", ActionLog::RecordFile, "CREATE", "1 0|"},
-        {"MODIFYFILE\tADDAFTER\t/t\t/m", ActionLog::RecordModifyFile, "ADDAFTER\t/t\t/m", ""},
-        {"dir\t1\t/x", ActionLog::RecordUnknown, "dir\t1\t/x", ""},
+    struct
+    {
+        const char* line;
+        ActionLog::RecordKind kind;
+        const char *text, *split;
+    } cases[] = {
+        { "DIR\t2\t/opt/a/", ActionLog::RecordDir, "2\t/opt/a/", "1 2|/opt/a/" },
+        { "DIRECTORY\t1\t/x", ActionLog::RecordDir, "ECTORY\t1\t/x", "0 0|1\t/x" },
+        { "DIR\tmany\t/c/", ActionLog::RecordDir, "many\t/c/", "0 0|/c/" },
+        { "FILE\tCREATE\t/f", ActionLog::RecordFile, "CREATE\t/f", "1 0|/f" },
+        { "FILE\t\tOVER\t\t\t/g h", ActionLog::RecordFile, "OVER\t\t\t/g h", "1 1|/g h" },
+        { "FILE\tOVERWRITE\t/f", ActionLog::RecordFile, "OVERWRITE\t/f", "0 9|-" },
+        { "FILE\tCREATED\t/f", ActionLog::RecordFile, "CREATED\t/f", "0 9|-" },
+        { "FILE\tCREATE", ActionLog::RecordFile, "CREATE", "1 0|" },
+        { "MODIFYFILE\tADDAFTER\t/t\t/m", ActionLog::RecordModifyFile, "ADDAFTER\t/t\t/m", "" },
+        { "dir\t1\t/x", ActionLog::RecordUnknown, "dir\t1\t/x", "" },
     };
     for (const auto& c : cases) {
         EXPECT_EQ(ActionLog::recordKind(c.line), c.kind) << c.line;
@@ -237,8 +260,17 @@ TEST(ActionLogLineArray, ReadsLinesOfBoundedLength)
     ASSERT_TRUE(writeFile(dir.file("lines"), "a\nb\r\n\n" + x + "\nlast"));
     const std::string all = "a|b\r||" + x.substr(0, 1023) + "|" + x.substr(1023) + "|last|";
     // lines: "first|second|...", "null" for an entry not read
-    struct { int count; bool result; std::string lines; } cases[] = {
-        {0, true, ""}, {2, true, "a|b\r|"}, {6, true, all}, {8, false, all + "null|null|"}, {-1, false, ""},
+    struct
+    {
+        int count;
+        bool result;
+        std::string lines;
+    } cases[] = {
+        { 0, true, "" },
+        { 2, true, "a|b\r|" },
+        { 6, true, all },
+        { 8, false, all + "null|null|" },
+        { -1, false, "" },
     };
     LineArray array;
     for (const auto& c : cases) {

@@ -40,7 +40,8 @@ unsigned sumOf(const std::string& data)
 
 // Everything a front end hears, one call per entry: "s" for StartDecompress, "e:TEXT:R"
 // for EndDecompress (TEXT "-" for null, R the refresh flag), "p:N" for progress.
-struct RecordingUI : InstallerUI {
+struct RecordingUI : InstallerUI
+{
     std::vector<std::string> calls;
     void StartDecompress() override { calls.push_back("s"); }
     int EndDecompress(const char* text, bool close) override
@@ -52,7 +53,11 @@ struct RecordingUI : InstallerUI {
 };
 
 // `calls` joins what the front end heard with "|".
-struct Unpacked { int result; std::string log, calls; };
+struct Unpacked
+{
+    int result;
+    std::string log, calls;
+};
 
 Unpacked unpack(const std::string& path)
 {
@@ -61,14 +66,15 @@ Unpacked unpack(const std::string& path)
     log.flags = 0;
     RecordingUI ui;
     EXPECT_EQ(backup.OpenRead(path.c_str()), 0);
-    Unpacked out{backup.unpackAll(log, &ui), log.text(), ""};
+    Unpacked out { backup.unpackAll(log, &ui), log.text(), "" };
     for (const std::string& call : ui.calls)
         out.calls += (out.calls.empty() ? "" : "|") + call;
     return out;
 }
 
 // A container whose Write fails with ENOSPC from the `failAt`-th call after arm() on.
-struct FailingBackup : BackupFile {
+struct FailingBackup : BackupFile
+{
     using BackupFile::Size;
     int calls = -1, failAt = 0;
     long fakeSize = -1;
@@ -92,12 +98,19 @@ TEST(BackupFile, Checksums)
 {
     std::string multi(32773, '\0');
     multi.replace(0, 4, "\x44\x33\x22\x11").replace(32768, 5, "\x01\x02\x03\x04\x80");
-    struct { const char* name; std::string data; unsigned sum; } rows[] = {
-        {"empty", "", 0}, {"one byte", "A", 1 ^ 0x41}, {"three bytes", "abc", 3 ^ 0x61 ^ 0x62 ^ 0x63},
-        {"one word", "\x01\x02\x03\x04", 0x04030201 ^ 4},
-        {"word and byte", "\x01\x02\x03\x04\xff", 0x04030201 ^ 5 ^ 0xff},
-        {"two blocks", multi, 0x8005 ^ 0x11223344 ^ 0x04030201 ^ 0x80},
-        {"equal words cancel", std::string(8, 'x'), 8},
+    struct
+    {
+        const char* name;
+        std::string data;
+        unsigned sum;
+    } rows[] = {
+        { "empty", "", 0 },
+        { "one byte", "A", 1 ^ 0x41 },
+        { "three bytes", "abc", 3 ^ 0x61 ^ 0x62 ^ 0x63 },
+        { "one word", "\x01\x02\x03\x04", 0x04030201 ^ 4 },
+        { "word and byte", "\x01\x02\x03\x04\xff", 0x04030201 ^ 5 ^ 0xff },
+        { "two blocks", multi, 0x8005 ^ 0x11223344 ^ 0x04030201 ^ 0x80 },
+        { "equal words cancel", std::string(8, 'x'), 8 },
     };
     quilbtest::TempDir dir;
     for (const auto& row : rows) {
@@ -126,15 +139,19 @@ TEST(BackupFile, WritesRecordsAndEndMark)
     EXPECT_FALSE(backup.addFile(a.c_str(), 0, 9, true)) << "no room for a name";
     EXPECT_EQ(backup.Close(), 0);
     EXPECT_EQ(backup.mode, BackupFile::ModeClosed);
-    EXPECT_EQ(readFile(out), kHeaderBytes + record(a, "hello", 0xA1B2C3D4) + record(empty, "", 7) +
-                                 record(a, "hello", 5 ^ 0x6c6c6568 ^ 'o') + record(dir.file("gone"), "", 0) +
-                                 record(a.substr(0, a.size() - 1), "hello", 9) + record("", "hello", 9) + kEndMark);
+    EXPECT_EQ(readFile(out),
+        kHeaderBytes + record(a, "hello", 0xA1B2C3D4) + record(empty, "", 7)
+            + record(a, "hello", 5 ^ 0x6c6c6568 ^ 'o') + record(dir.file("gone"), "", 0)
+            + record(a.substr(0, a.size() - 1), "hello", 9) + record("", "hello", 9) + kEndMark);
 
     ASSERT_EQ(backup.OpenWrite(out.c_str()), 0);
     backup.Close();
     EXPECT_EQ(readFile(out), kHeaderBytes + kEndMark);
     EXPECT_EQ(readFile(out).size(), 42u);
-    { BackupFile scoped; scoped.OpenWrite(out.c_str()); }
+    {
+        BackupFile scoped;
+        scoped.OpenWrite(out.c_str());
+    }
     EXPECT_EQ(readFile(out).size(), 42u) << "the destructor ends the container";
     EXPECT_EQ(unpack(out).result, 0);
 }
@@ -145,13 +162,19 @@ TEST(BackupFile, AddFileErrors)
     const std::string a = dir.file("a"), out = dir.file("out");
     ASSERT_TRUE(writeFile(a, "0123"));
     // failAt counts the writes of one record: length word, name, size, checksum, content.
-    struct { const char* name; int failAt; long fakeSize; const char* message; } rows[] = {
-        {"length word", 1, -1, "Error writing file name"},
-        {"name", 2, -1, "Error writing file name"},
-        {"size", 3, -1, "Error writing file size"},
-        {"checksum", 4, -1, "Error writing check sum"},
-        {"content", 5, -1, "Error copying stream (28)"},
-        {"file shorter than its size", 0, 10, "Copy stream mismatch: wanted 10 bytes, read 4, written 4"},
+    struct
+    {
+        const char* name;
+        int failAt;
+        long fakeSize;
+        const char* message;
+    } rows[] = {
+        { "length word", 1, -1, "Error writing file name" },
+        { "name", 2, -1, "Error writing file name" },
+        { "size", 3, -1, "Error writing file size" },
+        { "checksum", 4, -1, "Error writing check sum" },
+        { "content", 5, -1, "Error copying stream (28)" },
+        { "file shorter than its size", 0, 10, "Copy stream mismatch: wanted 10 bytes, read 4, written 4" },
     };
     for (const auto& row : rows) {
         FailingBackup backup;
@@ -203,17 +226,23 @@ TEST(BackupFile, UnpackAll)
     const std::string p = dir.file("p");
     // `disk` is the file at p before the restore, null for none. In `log` and `calls` %s
     // stands for p, in `calls` %P for the progress behind the record.
-    struct { const char* name; const char* disk; std::string record, after, log, calls; } rows[] = {
-        {"missing file restored", nullptr, record(p, "old", 99), "old", "Restored %s", "s|e:Restore %s:0|%P"},
-        {"unchanged file restored", "new", record(p, "old", sumOf("new")), "old", "Restored %s",
-         "s|e:Restore %s:0|%P"},
-        {"changed file left", "user", record(p, "old", sumOf("new")), "user",
-         "Saved check sum different than existing one for %s; skipping", "s|e:Left %s:0|%P"},
-        {"empty file exists although its checksum is 0", "", record(p, "old", 5), "",
-         "Saved check sum different than existing one for %s; skipping", "s|e:Left %s:0|%P"},
-        {"zero size, file absent", nullptr, record(p, "", 0), "", "Zero saved size for %s; creating blank file",
-         "s|e:Restore %s:0"},
-        {"zero size, file present", "keep", record(p, "", 0), "keep", "", "s"},
+    struct
+    {
+        const char* name;
+        const char* disk;
+        std::string record, after, log, calls;
+    } rows[] = {
+        { "missing file restored", nullptr, record(p, "old", 99), "old", "Restored %s",
+            "s|e:Restore %s:0|%P" },
+        { "unchanged file restored", "new", record(p, "old", sumOf("new")), "old", "Restored %s",
+            "s|e:Restore %s:0|%P" },
+        { "changed file left", "user", record(p, "old", sumOf("new")), "user",
+            "Saved check sum different than existing one for %s; skipping", "s|e:Left %s:0|%P" },
+        { "empty file exists although its checksum is 0", "", record(p, "old", 5), "",
+            "Saved check sum different than existing one for %s; skipping", "s|e:Left %s:0|%P" },
+        { "zero size, file absent", nullptr, record(p, "", 0), "",
+            "Zero saved size for %s; creating blank file", "s|e:Restore %s:0" },
+        { "zero size, file present", "keep", record(p, "", 0), "keep", "", "s" },
     };
     for (const auto& row : rows) {
         remove(p.c_str());
@@ -246,9 +275,9 @@ TEST(BackupFile, RestoreIntoVanishedDirectoryPassesOverTheContent)
     EXPECT_EQ(got.result, 0);
     EXPECT_EQ(readFile(p), "old");
     EXPECT_EQ(got.log, "Restored " + lost + "\r\nRestored " + p + "\r\n");
-    EXPECT_EQ(got.calls, "p:0|s|e:Restore " + lost + ":0|p:" + std::to_string(percent(39 + first.size(), all.size())) +
-                             "|s|e:Restore " + p + ":0|p:" + std::to_string(percent(all.size() - 3, all.size())) +
-                             "|e:-:1");
+    EXPECT_EQ(got.calls,
+        "p:0|s|e:Restore " + lost + ":0|p:" + std::to_string(percent(39 + first.size(), all.size()))
+            + "|s|e:Restore " + p + ":0|p:" + std::to_string(percent(all.size() - 3, all.size())) + "|e:-:1");
 }
 
 TEST(BackupFile, RefreshEvery32ndRecordCountingSilentOnes)
@@ -277,12 +306,17 @@ TEST(BackupFile, DamagedContainers)
     while (longName.size() < 518)
         longName += "/d";
     longName.resize(518);
-    struct { const char* name; std::string body; int result; } rows[] = {
-        {"name length 519", record(longName, "", 0), 0},
-        {"name length 520", record(longName + "x", "", 0), -1},
-        {"name length 0", le(0, 2) + le(0, 8) + le(0, 4), -1},
-        {"negative size", le(p.size() + 1, 2) + p + '\0' + le(uint64_t(-4), 8) + le(0, 4), -1},
-        {"size beyond the end", le(p.size() + 1, 2) + p + '\0' + le(100, 8) + le(0, 4) + "abc", -1},
+    struct
+    {
+        const char* name;
+        std::string body;
+        int result;
+    } rows[] = {
+        { "name length 519", record(longName, "", 0), 0 },
+        { "name length 520", record(longName + "x", "", 0), -1 },
+        { "name length 0", le(0, 2) + le(0, 8) + le(0, 4), -1 },
+        { "negative size", le(p.size() + 1, 2) + p + '\0' + le(uint64_t(-4), 8) + le(0, 4), -1 },
+        { "size beyond the end", le(p.size() + 1, 2) + p + '\0' + le(100, 8) + le(0, 4) + "abc", -1 },
     };
     for (const auto& row : rows) {
         ASSERT_TRUE(writeFile(dir.file("c"), kHeaderBytes + row.body + kEndMark));
@@ -292,8 +326,8 @@ TEST(BackupFile, DamagedContainers)
 
     // Every cut of a whole container fails, and a record cut in its content leaves its file alone.
     ASSERT_TRUE(writeFile(dir.file("q"), "user"));
-    const std::string whole = kHeaderBytes + record(dir.file("q"), "old", 0) + record(dir.file("z"), "", 0) +
-                              record(p, "old", 0) + kEndMark;
+    const std::string whole = kHeaderBytes + record(dir.file("q"), "old", 0) + record(dir.file("z"), "", 0)
+        + record(p, "old", 0) + kEndMark;
     for (size_t cut = 0; cut < whole.size(); ++cut) {
         remove(p.c_str());
         ASSERT_TRUE(writeFile(dir.file("c"), whole.substr(0, cut)));

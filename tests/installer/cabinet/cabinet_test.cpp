@@ -14,16 +14,21 @@
 
 namespace {
 
-using quilbtest::PackedFile, quilbtest::cabinetHeader, quilbtest::recordHeader, quilbtest::endRecord, quilbtest::solidOf;
+using quilbtest::PackedFile, quilbtest::cabinetHeader, quilbtest::recordHeader, quilbtest::endRecord,
+    quilbtest::solidOf;
 
-struct Loaded { int code; std::string log; };
+struct Loaded
+{
+    int code;
+    std::string log;
+};
 
 Loaded load(Installer& engine, const std::string& path, int offset = 0, unsigned flags = 0)
 {
     PMemoryConsole console;
     console.flags = 0;
     engine.InitDebugMode(&console, 0);
-    Loaded result{engine.Init(path.c_str(), offset, flags), console.text()};
+    Loaded result { engine.Init(path.c_str(), offset, flags), console.text() };
     engine.InitDebugMode(nullptr, 0);
     return result;
 }
@@ -44,7 +49,7 @@ std::string contentOf(const Installer& engine, const char* alias, int* code = nu
 
 TEST(Cabinet, InitFailures)
 {
-    const std::string good = quilbtest::solidCabinet({{"a", "alpha"}});
+    const std::string good = quilbtest::solidCabinet({ { "a", "alpha" } });
     auto changed = [&](size_t at, int mask) {
         std::string c = good;
         c[at] = static_cast<char>(c[at] ^ mask);
@@ -52,23 +57,42 @@ TEST(Cabinet, InitFailures)
     };
     const char* headersLine = "Finished decompression. Initializing file headers ...";
     // `make` gives the file content, null for no file.
-    struct Row { const char* name; std::function<std::string()> make; int offset, code; std::string lastLine; } rows[] = {
-        {"no file", nullptr, 0, -2, "ERROR: Failed to open %PATH% for decompressing!"},
-        {"seek to a negative offset", [&] { return good; }, -5, -3, "Seeking file offset -5"},
-        {"offset beyond the end", [&] { return good; }, 100000, -10,
-         "ERROR: Failed to allocate memory for the compressed cabinet (std::bad_array_new_length)"},
-        {"first magic word", [&] { return changed(0, 0x40); }, 0, -5, "Checking compressed cabinet version compatibility"},
-        {"second magic word", [&] { return changed(5, 0x40); }, 0, -6, "Checking compressed cabinet version compatibility"},
-        {"third magic word", [&] { return changed(11, 0x40); }, 0, -7, "Checking compressed cabinet version compatibility"},
-        {"shorter than the magic words", [&] { return good.substr(0, 6); }, 0, -6, "Checking compressed cabinet version compatibility"},
-        {"unknown record tag in a plain cabinet",
-         [&] { return cabinetHeader() + recordHeader(0x63280021, 0, 0, "x", "x") + endRecord(); }, 0, -8, headersLine},
-        {"record stream without an end record",
-         [&] { return cabinetHeader() + solidOf(recordHeader(kCabinetFileTag, 3, 3, "x", "x") + "abc", 1); }, 0, -8, headersLine},
-        {"stored size running past the stream",
-         [&] { return cabinetHeader() + solidOf(recordHeader(kCabinetFileTag, 3, 9999, "x", "x") + "abc" + endRecord(), 2); }, 0, -8, headersLine},
+    struct Row
+    {
+        const char* name;
+        std::function<std::string()> make;
+        int offset, code;
+        std::string lastLine;
+    } rows[] = {
+        { "no file", nullptr, 0, -2, "ERROR: Failed to open %PATH% for decompressing!" },
+        { "seek to a negative offset", [&] { return good; }, -5, -3, "Seeking file offset -5" },
+        { "offset beyond the end", [&] { return good; }, 100000, -10,
+            "ERROR: Failed to allocate memory for the compressed cabinet (std::bad_array_new_length)" },
+        { "first magic word", [&] { return changed(0, 0x40); }, 0, -5,
+            "Checking compressed cabinet version compatibility" },
+        { "second magic word", [&] { return changed(5, 0x40); }, 0, -6,
+            "Checking compressed cabinet version compatibility" },
+        { "third magic word", [&] { return changed(11, 0x40); }, 0, -7,
+            "Checking compressed cabinet version compatibility" },
+        { "shorter than the magic words", [&] { return good.substr(0, 6); }, 0, -6,
+            "Checking compressed cabinet version compatibility" },
+        { "unknown record tag in a plain cabinet",
+            [&] { return cabinetHeader() + recordHeader(0x63280021, 0, 0, "x", "x") + endRecord(); }, 0, -8,
+            headersLine },
+        { "record stream without an end record",
+            [&] {
+                return cabinetHeader() + solidOf(recordHeader(kCabinetFileTag, 3, 3, "x", "x") + "abc", 1);
+            },
+            0, -8, headersLine },
+        { "stored size running past the stream",
+            [&] {
+                return cabinetHeader()
+                    + solidOf(recordHeader(kCabinetFileTag, 3, 9999, "x", "x") + "abc" + endRecord(), 2);
+            },
+            0, -8, headersLine },
         // The first chunk's compressed offset grows by 4 GiB.
-        {"solid failure passed on", [&] { return changed(kCabinetHeaderSize + 20 + 16 + 4, 1); }, 0, -27, "ERROR: The solid decompressor failed decompressing the data (-27)!"},
+        { "solid failure passed on", [&] { return changed(kCabinetHeaderSize + 20 + 16 + 4, 1); }, 0, -27,
+            "ERROR: The solid decompressor failed decompressing the data (-27)!" },
     };
     quilbtest::TempDir dir;
     for (const Row& row : rows) {
@@ -105,7 +129,8 @@ TEST(Cabinet, ShortReadGivesMinusFour)
 TEST(Cabinet, SolidRoundTrip)
 {
     const std::string big = quilbtest::mixedBytes(300000, 3);
-    std::vector<PackedFile> files = {{"empty", ""}, {"one", "1"}, {"install.xml", "<first/>"}, {"big", big}, {"install.xml", "<second/>"}};
+    std::vector<PackedFile> files = { { "empty", "" }, { "one", "1" }, { "install.xml", "<first/>" },
+        { "big", big }, { "install.xml", "<second/>" } };
     quilbtest::TempDir dir;
     // A fake image in front of the cabinet, as in an installer file.
     const std::string image = quilbtest::mixedBytes(7000, 9);
@@ -144,7 +169,7 @@ TEST(Cabinet, SolidRoundTrip)
     EXPECT_EQ(size, 1);
 
     // A second Init frees the old block and appends its records to the old ones.
-    ASSERT_TRUE(quilbtest::writeFile(dir.file("two.cab"), quilbtest::solidCabinet({{"y", "second"}}, 1)));
+    ASSERT_TRUE(quilbtest::writeFile(dir.file("two.cab"), quilbtest::solidCabinet({ { "y", "second" } }, 1)));
     ASSERT_EQ(engine.Init(dir.file("two.cab").c_str(), 0, 0), 0);
     EXPECT_EQ(engine.cabinetFiles.size(), 6);
     EXPECT_EQ(contentOf(engine, "y"), "second");
@@ -154,24 +179,36 @@ TEST(Cabinet, SolidRoundTrip)
     EXPECT_EQ(contentOf(engine, "one"), "<missing>");
     EXPECT_EQ(kept[0], '1') << "arrays given out outlive the cabinet";
 
-    EXPECT_EQ(loaded.log, "Allocating memory for the compressed cabinet (" + std::to_string(cabinet.size()) + " B)\r\n"
-                          "Seeking file offset 7000\r\n"
-                          "Reading compressed cabinet into memory\r\n"
-                          "Checking compressed cabinet version compatibility\r\n"
-                          "Starting decompression of data ...\r\n"
-                          "Decompressor: Allocating memory for uncompressed cabinet ("
-                              + std::to_string(quilbtest::recordStream(files).size()) + " B)\r\n"
-                          "Decompressor: Starting decompression ... (8 chunks)\r\n"
-                          "Finished decompression. Initializing file headers ...\r\n"
-                          "Finished file headers initialization.\r\n");
+    EXPECT_EQ(loaded.log,
+        "Allocating memory for the compressed cabinet (" + std::to_string(cabinet.size())
+            + " B)\r\n"
+              "Seeking file offset 7000\r\n"
+              "Reading compressed cabinet into memory\r\n"
+              "Checking compressed cabinet version compatibility\r\n"
+              "Starting decompression of data ...\r\n"
+              "Decompressor: Allocating memory for uncompressed cabinet ("
+            + std::to_string(quilbtest::recordStream(files).size())
+            + " B)\r\n"
+              "Decompressor: Starting decompression ... (8 chunks)\r\n"
+              "Finished decompression. Initializing file headers ...\r\n"
+              "Finished file headers initialization.\r\n");
 }
 
 TEST(Cabinet, DecompressWarnings)
 {
-    struct Row { const char* name; bool load; int index; const char* line; } rows[] = {
-        {"before Init", false, 0, "WARNING: Attempted to Decompress from non-existing memory (No decompressed cabinet)\r\n"},
-        {"no records, index 0", true, 0, "WARNING: Attempted to Decompress from non-existing memory (Invalid file index)\r\n"},
-        {"negative index", true, -1, "WARNING: Attempted to Decompress from non-existing memory (Invalid file index)\r\n"},
+    struct Row
+    {
+        const char* name;
+        bool load;
+        int index;
+        const char* line;
+    } rows[] = {
+        { "before Init", false, 0,
+            "WARNING: Attempted to Decompress from non-existing memory (No decompressed cabinet)\r\n" },
+        { "no records, index 0", true, 0,
+            "WARNING: Attempted to Decompress from non-existing memory (Invalid file index)\r\n" },
+        { "negative index", true, -1,
+            "WARNING: Attempted to Decompress from non-existing memory (Invalid file index)\r\n" },
     };
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("empty.cab"), quilbtest::solidCabinet({})));
@@ -214,10 +251,11 @@ TEST(Cabinet, TextFieldsWithoutTerminatorAreCut)
 // A plain cabinet holds a zlib stream per file, and gives out only empty files.
 TEST(Cabinet, PlainCabinetGivesOutOnlyEmptyFiles)
 {
-    const std::string emptyStream = quilbtest::zlibCompress(""), fullStream = quilbtest::zlibCompress("content");
-    std::string cabinet = cabinetHeader()
-        + recordHeader(kCabinetFileTag, 0, emptyStream.size(), "e", "e") + emptyStream
-        + recordHeader(kCabinetFileTag, 7, fullStream.size(), "f", "f") + fullStream + endRecord();
+    const std::string emptyStream = quilbtest::zlibCompress(""),
+                      fullStream = quilbtest::zlibCompress("content");
+    std::string cabinet = cabinetHeader() + recordHeader(kCabinetFileTag, 0, emptyStream.size(), "e", "e")
+        + emptyStream + recordHeader(kCabinetFileTag, 7, fullStream.size(), "f", "f") + fullStream
+        + endRecord();
     quilbtest::TempDir dir;
     ASSERT_TRUE(quilbtest::writeFile(dir.file("plain.cab"), cabinet));
     Installer engine;
@@ -245,7 +283,8 @@ TEST(Cabinet, UninstallModeOpensTheLog)
 
     Loaded missing = load(engine, dir.file("absent.log"), 0, 1);
     EXPECT_EQ(missing.code, -1);
-    EXPECT_EQ(missing.log, "ERROR: Failed to open the installation log file (" + dir.file("absent.log") + ")\r\n");
+    EXPECT_EQ(
+        missing.log, "ERROR: Failed to open the installation log file (" + dir.file("absent.log") + ")\r\n");
     EXPECT_EQ(engine.logStream, nullptr);
 
     Loaded opened = load(engine, dir.file("install.log"), 0, 3);

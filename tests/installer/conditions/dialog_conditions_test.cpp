@@ -12,7 +12,8 @@
 namespace {
 
 // Answers from sets of names and notes each question as "name@directory" or "name#flags".
-struct FakeMachine : Installer {
+struct FakeMachine : Installer
+{
     bool isAppRunning(const char* name, const char* directory) override
     {
         return asked += std::string(name) + "@" + directory + " ", running.count(name) > 0;
@@ -26,7 +27,8 @@ struct FakeMachine : Installer {
 };
 
 // Notes the list operations: "clear", "+line" (open), "!line" (closing), "close".
-struct ListRecorder : InstallerUI {
+struct ListRecorder : InstallerUI
+{
     int StartUI() override { return 0; }
     void ClearList() override { calls += "clear "; }
     int EndDecompress(const char* text, bool close) override
@@ -38,10 +40,19 @@ struct ListRecorder : InstallerUI {
 
 TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
 {
-    const struct { std::set<std::string> running; bool result; const char* calls; } polls[] = {
-        {{}, true, ""}, {{"editor"}, false, "clear +editor close "}, {{"editor"}, false, ""},
-        {{"editor", "viewer"}, false, "clear +editor +viewer close "}, {{"viewer"}, false, "clear +viewer close "},
-        {{}, true, "clear close "}, {{}, true, ""},
+    const struct
+    {
+        std::set<std::string> running;
+        bool result;
+        const char* calls;
+    } polls[] = {
+        { {}, true, "" },
+        { { "editor" }, false, "clear +editor close " },
+        { { "editor" }, false, "" },
+        { { "editor", "viewer" }, false, "clear +editor +viewer close " },
+        { { "viewer" }, false, "clear +viewer close " },
+        { {}, true, "clear close " },
+        { {}, true, "" },
     };
     FakeMachine machine;
     ListRecorder ui;
@@ -60,11 +71,11 @@ TEST(RunningAppsCondition, ListChangesOnlyWithWhatRuns)
 TEST(DlgCondition, NothingToAskAndMessages)
 {
     FakeMachine machine;
-    machine.running = {"editor"};
-    machine.installed = {"OtherTool"};
+    machine.running = { "editor" };
+    machine.installed = { "OtherTool" };
     ListRecorder ui;
     RunningAppsCondition apps;
-    EXPECT_TRUE(apps.Eval(&machine, &ui));  // no entries
+    EXPECT_TRUE(apps.Eval(&machine, &ui)); // no entries
     apps.addEntry("editor", "");
     EXPECT_TRUE(apps.Eval(&machine, nullptr) && apps.Eval(nullptr, &ui));
     EXPECT_EQ(machine.asked, "");

@@ -14,7 +14,8 @@ using quilbtest::LoadedTemplate;
 
 namespace {
 
-class FullTemplate : public ::testing::Test {
+class FullTemplate : public ::testing::Test
+{
 protected:
     void SetUp() override
     {
@@ -36,19 +37,20 @@ std::string buttonLabels(InstallExchangeInfo& exchange, int dlg, int sub)
 
 TEST_F(FullTemplate, DialogsAndTheirFlags)
 {
-    struct Case {
+    struct Case
+    {
         const char* name;
         int flags;
         int width, height;
         int subDialogs;
         const char* buttons;
     } cases[] = {
-        {"Welcome", DLG_NO_CAPTION, 500, 390, 0, "&Next,&Cancel"},  // dressed, no Back on a first page
-        {"License", 0, 760, 520, 0, "&Accept,&Back,&Cancel,Help,Custom,Quick,Docs"},
-        {"Settings", DLG_WEAK_CONDITION, 500, 390, 0, "&Next,&Cancel,&Back"},  // the dress sets the size
-        {"Progress", DLG_HAS_SUBDIALOGS | DLG_BUSY, 760, 520, 4, ""},  // a sub-dialog has a button
-        {"Finish", DLG_FINISH | DLG_BAD_FINISH | DLG_AUTOMATED, 500, 390, 0, "&Next,&Cancel"},
-        {"BadFinish", DLG_BAD_FINISH | DLG_FINISH, 500, 390, 0, "&Next,&Cancel"},
+        { "Welcome", DLG_NO_CAPTION, 500, 390, 0, "&Next,&Cancel" }, // dressed, no Back on a first page
+        { "License", 0, 760, 520, 0, "&Accept,&Back,&Cancel,Help,Custom,Quick,Docs" },
+        { "Settings", DLG_WEAK_CONDITION, 500, 390, 0, "&Next,&Cancel,&Back" }, // the dress sets the size
+        { "Progress", DLG_HAS_SUBDIALOGS | DLG_BUSY, 760, 520, 4, "" }, // a sub-dialog has a button
+        { "Finish", DLG_FINISH | DLG_BAD_FINISH | DLG_AUTOMATED, 500, 390, 0, "&Next,&Cancel" },
+        { "BadFinish", DLG_BAD_FINISH | DLG_FINISH, 500, 390, 0, "&Next,&Cancel" },
     };
     InstallExchangeInfo& exchange = engine();
     ASSERT_EQ(6, exchange.GetDialogsCount());
@@ -86,26 +88,27 @@ TEST_F(FullTemplate, DialogsAndTheirFlags)
 // "type x,y,w,h halign/valign name|details|text" of a control.
 std::string describe(const UICTRL& c)
 {
-    return std::to_string(c.type) + " " + std::to_string(c.x) + "," + std::to_string(c.y) + "," +
-           std::to_string(c.w) + "," + std::to_string(c.h) + " " + std::to_string(c.hAlign) + "/" +
-           std::to_string(c.vAlign) + " " + c.name + "|" + c.details + "|" + (c.text ? c.text : "(null)");
+    return std::to_string(c.type) + " " + std::to_string(c.x) + "," + std::to_string(c.y) + ","
+        + std::to_string(c.w) + "," + std::to_string(c.h) + " " + std::to_string(c.hAlign) + "/"
+        + std::to_string(c.vAlign) + " " + c.name + "|" + c.details + "|" + (c.text ? c.text : "(null)");
 }
 
 TEST_F(FullTemplate, Controls)
 {
-    struct Case {
+    struct Case
+    {
         int dlg, index, sub;
         const char* control;
     } cases[] = {
-        {0, 0, -1, "10 20,20,-20,40 22/21 greeting||first\r\nsecond"},
-        {0, 1, -1, "11 0,0,100,300 0/0 |stretch|side.png"},
-        {0, 2, -1, "12 1,70,-1,1 20/24 ||(null)"},  // the dress line: the Text without x is gone
-        {1, 0, -1, "13 20,60,-20,-80 0/0 |QuilbMarkdown|license.md"},
-        {1, 2, -1, "19 1,2,0,0 0/0 ||page.html"},
-        {3, 0, -1, "16 10,10,200,-10 0/0 |size=18|"},
-        {3, 0, 0, "15 1,1,0,0 0/0 Destfilelist||"},
-        {3, 0, 1, "14 1,2,3,4 0/0 ||"},
-        {3, 2, 1, "18 0,0,0,0 0/0 ||slides"},
+        { 0, 0, -1, "10 20,20,-20,40 22/21 greeting||first\r\nsecond" },
+        { 0, 1, -1, "11 0,0,100,300 0/0 |stretch|side.png" },
+        { 0, 2, -1, "12 1,70,-1,1 20/24 ||(null)" }, // the dress line: the Text without x is gone
+        { 1, 0, -1, "13 20,60,-20,-80 0/0 |QuilbMarkdown|license.md" },
+        { 1, 2, -1, "19 1,2,0,0 0/0 ||page.html" },
+        { 3, 0, -1, "16 10,10,200,-10 0/0 |size=18|" },
+        { 3, 0, 0, "15 1,1,0,0 0/0 Destfilelist||" },
+        { 3, 0, 1, "14 1,2,3,4 0/0 ||" },
+        { 3, 2, 1, "18 0,0,0,0 0/0 ||slides" },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.control);
@@ -118,13 +121,14 @@ TEST_F(FullTemplate, Controls)
 
 TEST_F(FullTemplate, Fields)
 {
-    struct Case {
+    struct Case
+    {
         const char* variable;
         int type;
     } cases[] = {
-        {"TARGET", FIELD_DIRECTORY},  {"LINK", FIELD_CHECKBOX},       {"EDITION", FIELD_RADIO_BUTTONS},
-        {"VERSION", FIELD_INSTALL_PARAMETER}, {"OWNER", FIELD_EDIT_BOX}, {"SECRET", FIELD_PASSWORD},
-        {"SECOND_SECRET", FIELD_PASSWORD}, {"THIRD", FIELD_PASSWORD},  // type of the one before
+        { "TARGET", FIELD_DIRECTORY }, { "LINK", FIELD_CHECKBOX }, { "EDITION", FIELD_RADIO_BUTTONS },
+        { "VERSION", FIELD_INSTALL_PARAMETER }, { "OWNER", FIELD_EDIT_BOX }, { "SECRET", FIELD_PASSWORD },
+        { "SECOND_SECRET", FIELD_PASSWORD }, { "THIRD", FIELD_PASSWORD }, // type of the one before
     };
     ASSERT_EQ(8, engine().GetFieldCount(2, -1));
     for (int i = 0; i < 8; ++i) {
@@ -141,7 +145,7 @@ TEST_F(FullTemplate, Fields)
     EXPECT_STREQ("VALID", target.validationVariable);
     EXPECT_STREQ("Where to", target.tooltip.c_str());
     EXPECT_EQ(ALIGN_RIGHT, target.hAlign);
-    EXPECT_EQ(-1, engine().GetField(2, 1, -1)->x);  // absent coordinates
+    EXPECT_EQ(-1, engine().GetField(2, 1, -1)->x); // absent coordinates
     EXPECT_STREQ("A;B;C", engine().GetField(2, 2, -1)->content);
     EXPECT_STREQ("PREP", engine().GetField(3, 0, 0)->variable);
 }
@@ -149,27 +153,28 @@ TEST_F(FullTemplate, Fields)
 // "label flags shift action x,y,w,h halign/valign" of a button.
 std::string describe(const BUTTONINFO& b)
 {
-    return std::string(b.label) + " " + std::to_string(b.flags) + " " + std::to_string(b.shift) + " " +
-           b.action + " " + std::to_string(b.x) + "," + std::to_string(b.y) + "," + std::to_string(b.w) +
-           "," + std::to_string(b.h) + " " + std::to_string(b.hAlign) + "/" + std::to_string(b.vAlign);
+    return std::string(b.label) + " " + std::to_string(b.flags) + " " + std::to_string(b.shift) + " "
+        + b.action + " " + std::to_string(b.x) + "," + std::to_string(b.y) + "," + std::to_string(b.w) + ","
+        + std::to_string(b.h) + " " + std::to_string(b.hAlign) + "/" + std::to_string(b.vAlign);
 }
 
 TEST_F(FullTemplate, ButtonsAndTheDefaultDress)
 {
-    struct Case {
+    struct Case
+    {
         int dlg, index;
         const char* button;
     } cases[] = {
-        {1, 0, "&Accept 17 1  100,50,80,30 23/24"},  // Next: shift and default
-        {1, 1, "&Back 1 -1  190,50,90,25 0/0"},      // no centring for buttons
-        {1, 2, "&Cancel 10 0 Cancel 20,50,80,30 0/0"},
-        {1, 3, "Help 2 0 Help 280,50,80,30 0/0"},    // the preset overrides the Action
-        {1, 4, "Custom 3 1 [CUSTOMIZE]='1' 1,1,80,30 0/0"},
-        {1, 5, "Quick 3 -1 [CUSTOMIZE]='0' 1,1,80,30 0/0"},
-        {1, 6, "Docs 7 2 Run:Docs 1,1,80,30 0/0"},   // Default="2" is not 1
-        {2, 0, "&Next 1 1  100,50,80,30 23/24"},     // the default dress
-        {2, 1, "&Cancel 2 0 Cancel 20,50,80,30 20/24"},
-        {2, 2, "&Back 1 -1  190,50,80,30 23/24"},
+        { 1, 0, "&Accept 17 1  100,50,80,30 23/24" }, // Next: shift and default
+        { 1, 1, "&Back 1 -1  190,50,90,25 0/0" }, // no centring for buttons
+        { 1, 2, "&Cancel 10 0 Cancel 20,50,80,30 0/0" },
+        { 1, 3, "Help 2 0 Help 280,50,80,30 0/0" }, // the preset overrides the Action
+        { 1, 4, "Custom 3 1 [CUSTOMIZE]='1' 1,1,80,30 0/0" },
+        { 1, 5, "Quick 3 -1 [CUSTOMIZE]='0' 1,1,80,30 0/0" },
+        { 1, 6, "Docs 7 2 Run:Docs 1,1,80,30 0/0" }, // Default="2" is not 1
+        { 2, 0, "&Next 1 1  100,50,80,30 23/24" }, // the default dress
+        { 2, 1, "&Cancel 2 0 Cancel 20,50,80,30 20/24" },
+        { 2, 2, "&Back 1 -1  190,50,80,30 23/24" },
     };
     // A button without text or without x is not taken.
     EXPECT_EQ(7, engine().GetDlgButtonCount(1, -1));
@@ -185,27 +190,29 @@ TEST_F(FullTemplate, ButtonsAndTheDefaultDress)
 // "evaluation type variable|value|condition|text mask" of a trigger.
 std::string describe(const TRIGGER_INFO& t)
 {
-    return std::to_string(t.evaluation) + " " + std::to_string(t.type) + " " + t.variable + "|" +
-           t.value + "|" + t.condition + "|" + t.text.c_str() + " " + std::to_string(t.updateMask);
+    return std::to_string(t.evaluation) + " " + std::to_string(t.type) + " " + t.variable + "|" + t.value
+        + "|" + t.condition + "|" + t.text.c_str() + " " + std::to_string(t.updateMask);
 }
 
 TEST_F(FullTemplate, Triggers)
 {
     const char* expected[] = {
         "5 0 X|[Y]|[Z]==1|text 10",
-        "2 2 X||| 0",  // a VarReset needs no value; the unknown word is passed over
+        "2 2 X||| 0", // a VarReset needs no value; the unknown word is passed over
         "25 6 ||| 0",
-        "4 0 |v|| 0",  // an unknown type counts as VarChange
-        "4 7 ||| 5",   // an empty Value is a value
+        "4 0 |v|| 0", // an unknown type counts as VarChange
+        "4 7 ||| 5", // an empty Value is a value
     };
     const DLGINFO& settings = *engine().GetDialogInfo(2, -1);
     ASSERT_EQ(5, settings.triggers.count);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(expected[i], describe(settings.triggers[i]));
-    EXPECT_EQ(1, t.logCount("WARNING: Unrecognized trigger evaluation: Bogus (Parent dlg name: Settings)\r\n"));
+    EXPECT_EQ(
+        1, t.logCount("WARNING: Unrecognized trigger evaluation: Bogus (Parent dlg name: Settings)\r\n"));
     EXPECT_EQ(1, t.logCount("WARNING: Unrecognized trigger type = Weird (Parent dlg name: Settings)\r\n"));
-    EXPECT_EQ(2, t.logCount("WARNING: Extracted a trigger with no type nor specified value (Parent dlg "
-                            "name: Settings)\r\n"));
+    EXPECT_EQ(2,
+        t.logCount("WARNING: Extracted a trigger with no type nor specified value (Parent dlg "
+                   "name: Settings)\r\n"));
 }
 
 TEST_F(FullTemplate, TasksAndSubDialogs)
@@ -223,14 +230,14 @@ TEST_F(FullTemplate, TasksAndSubDialogs)
     EXPECT_STREQ("Register", engine().GetDialogInfo(3, 3)->name);
     EXPECT_EQ(nullptr, engine().GetDialogInfo(3, 4));
     EXPECT_EQ(nullptr, engine().GetTaskInfo(3, 5));
-    EXPECT_EQ(nullptr, engine().GetDlgItem(3, 0, 9));  // no such sub-dialog
+    EXPECT_EQ(nullptr, engine().GetDlgItem(3, 0, 9)); // no such sub-dialog
 }
 
 TEST(Dialogs, UninstallSectionAndSampleProduct)
 {
     // The low bit of the flags given to Init tells an uninstall, even when the log is missing.
     quilbtest::TempDir dir;
-    for (unsigned int flags : {0u, 1u, 3u}) {
+    for (unsigned int flags : { 0u, 1u, 3u }) {
         Installer engine;
         EXPECT_FALSE(engine.IsUninstall());
         engine.Init((dir.path() + "/missing.log").c_str(), 0, flags);
@@ -245,8 +252,9 @@ TEST(Dialogs, UninstallSectionAndSampleProduct)
     EXPECT_EQ("&Next,&Cancel,&Back", buttonLabels(*uninstall.installer, 1, -1));
 
     LoadedTemplate sample;
-    ASSERT_EQ(0, sample.installer->templateXml.ParseFile(
-                     (quilbtest::sourceDir() + "/examples/quilb-notes/install.xml").c_str()));
+    ASSERT_EQ(0,
+        sample.installer->templateXml.ParseFile(
+            (quilbtest::sourceDir() + "/examples/quilb-notes/install.xml").c_str()));
     ASSERT_EQ(0, sample.installer->ExtractDialogsInfo(0));
     EXPECT_EQ(8, sample.installer->GetDialogsCount());
     EXPECT_EQ("", sample.log.text());
@@ -254,24 +262,26 @@ TEST(Dialogs, UninstallSectionAndSampleProduct)
 
 TEST(Dialogs, MalformedElementsCostAWarningAtMost)
 {
-    struct Case {
+    struct Case
+    {
         const char* label;
-        const char* dialogs;  // children of the root
+        const char* dialogs; // children of the root
         int result;
         int dialogCount;
         const char* logged;
     } cases[] = {
-        {"no Dialogs section", "<UninstallDialogs><A/></UninstallDialogs>", -1, 0, nullptr},
-        {"special word unknown", "<Dialogs><A Special='AutoNext;Sparkly'/></Dialogs>", 0, 1,
-         "WARNING: Unknown dialog special attribute encontered: Sparkly\r\n"},
-        {"no task list", "<Dialogs><A Special='HasSubDialogs'><SubDialogs/></A></Dialogs>", -1, 0,
-         "ERROR: Could NOT find <TaskList> tag! (parent: A)\r\n"},
-        {"no sub-dialogs", "<Dialogs><A/><B Special='HasSubDialogs'><TaskList><X/></TaskList></B></Dialogs>",
-         -1, 1, "ERROR: Could NOT find <SubDialogs> tag! (parent: B)\r\n"},
-        {"numbers that aren't", "<Dialogs><A w='wide'><Text x='left' y=''>t</Text>"
-                                "<Button x='a' y='b' w='' DialogShift='x'>B</Button></A></Dialogs>",
-         0, 1, nullptr},
-        {"empty dialogs", "<Dialogs/>", 0, 0, nullptr},
+        { "no Dialogs section", "<UninstallDialogs><A/></UninstallDialogs>", -1, 0, nullptr },
+        { "special word unknown", "<Dialogs><A Special='AutoNext;Sparkly'/></Dialogs>", 0, 1,
+            "WARNING: Unknown dialog special attribute encontered: Sparkly\r\n" },
+        { "no task list", "<Dialogs><A Special='HasSubDialogs'><SubDialogs/></A></Dialogs>", -1, 0,
+            "ERROR: Could NOT find <TaskList> tag! (parent: A)\r\n" },
+        { "no sub-dialogs", "<Dialogs><A/><B Special='HasSubDialogs'><TaskList><X/></TaskList></B></Dialogs>",
+            -1, 1, "ERROR: Could NOT find <SubDialogs> tag! (parent: B)\r\n" },
+        { "numbers that aren't",
+            "<Dialogs><A w='wide'><Text x='left' y=''>t</Text>"
+            "<Button x='a' y='b' w='' DialogShift='x'>B</Button></A></Dialogs>",
+            0, 1, nullptr },
+        { "empty dialogs", "<Dialogs/>", 0, 0, nullptr },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
@@ -286,9 +296,13 @@ TEST(Dialogs, MalformedElementsCostAWarningAtMost)
 }
 
 // A condition object that counts its destruction.
-class ProbeCondition : public DlgCondition {
+class ProbeCondition : public DlgCondition
+{
 public:
-    explicit ProbeCondition(int* counter) : destroyed(counter) {}
+    explicit ProbeCondition(int* counter)
+        : destroyed(counter)
+    {
+    }
     ~ProbeCondition() override { ++*destroyed; }
     bool Eval(Installer*, InstallerUI*) override { return true; }
 
@@ -331,7 +345,7 @@ TEST_F(FullTemplate, DirectoryVariablesAreCorrected)
     EXPECT_STREQ("/opt/a/b", value);
     engine().GetVar("LINK", value, sizeof(value));
     EXPECT_STREQ(" keep\\me ", value);
-    EXPECT_EQ(-1, engine().GetVar("PREP", nullptr, 0));  // no Directory: never created
+    EXPECT_EQ(-1, engine().GetVar("PREP", nullptr, 0)); // no Directory: never created
 }
 
 } // namespace

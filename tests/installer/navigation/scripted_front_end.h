@@ -21,32 +21,45 @@
 
 namespace quilbtest {
 
-class ScriptedUI : public InstallerUI {
+class ScriptedUI : public InstallerUI
+{
 public:
     std::vector<std::string> calls;
-    std::function<int()> script;     // the body of StartUI; none gives 0
-    bool confirmCancel = false;      // the answer of ConfirmCancel
+    std::function<int()> script; // the body of StartUI; none gives 0
+    bool confirmCancel = false; // the answer of ConfirmCancel
     bool gui = false;
-    InstallExchangeInfo* exchange = nullptr;  // when set, UpdateValidation records its state
+    InstallExchangeInfo* exchange = nullptr; // when set, UpdateValidation records its state
 
     int StartUI() override { return add("StartUI"), script ? script() : 0; }
     int EndUI() override { return add("EndUI"), 0; }
-    void SetDlg(int d) override { add("SetDlg", {d}); }
-    void SetSubDlg(int d, int s) override { add("SetSubDlg", {d, s}); }
-    void UpdateSubDlg(int d, int s, UPDATETYPE mask, bool force) override { add("UpdateSubDlg", {d, s, mask, force}); }
-    void ShowUIElements(int d, int s, bool show) override { add("ShowUIElements", {d, s, show}); }
-    void UpdateValidation(int d, int s) override { add("UpdateValidation", {d, s, exchange ? exchange->GetStateSettings() : -1}); }
-    void NBeginDialog(int d) override { add("NBeginDialog", {d}); }
-    void NBeginSubDialog(int d, int s) override { add("NBeginSubDialog", {d, s}); }
-    void NEndDialog(int d) override { add("NEndDialog", {d}); }
-    void NEndSubDialog(int d, int s) override { add("NEndSubDialog", {d, s}); }
+    void SetDlg(int d) override { add("SetDlg", { d }); }
+    void SetSubDlg(int d, int s) override { add("SetSubDlg", { d, s }); }
+    void UpdateSubDlg(int d, int s, UPDATETYPE mask, bool force) override
+    {
+        add("UpdateSubDlg", { d, s, mask, force });
+    }
+    void ShowUIElements(int d, int s, bool show) override { add("ShowUIElements", { d, s, show }); }
+    void UpdateValidation(int d, int s) override
+    {
+        add("UpdateValidation", { d, s, exchange ? exchange->GetStateSettings() : -1 });
+    }
+    void NBeginDialog(int d) override { add("NBeginDialog", { d }); }
+    void NBeginSubDialog(int d, int s) override { add("NBeginSubDialog", { d, s }); }
+    void NEndDialog(int d) override { add("NEndDialog", { d }); }
+    void NEndSubDialog(int d, int s) override { add("NEndSubDialog", { d, s }); }
     void ClearTasks() override { add("ClearTasks"); }
     void ClearSubCtrls() override { add("ClearSubCtrls"); }
     void RetainSubCtrl(const char* name) override { add(std::string("RetainSubCtrl(") + name + ")"); }
-    void ManageWindow(UIAction action) override { add("ManageWindow", {action}); }
+    void ManageWindow(UIAction action) override { add("ManageWindow", { action }); }
     bool IsGUIInstaller() override { return gui; }
-    bool MessageBox(const char* text, int type) override { return add(std::string("MessageBox(") + text + "," + std::to_string(type) + ")"), true; }
-    void SetTask(const char* name, const char* label, TASKSTATUS status) override { add(std::string("SetTask(") + name + "," + label + "," + std::to_string(status) + ")"); }
+    bool MessageBox(const char* text, int type) override
+    {
+        return add(std::string("MessageBox(") + text + "," + std::to_string(type) + ")"), true;
+    }
+    void SetTask(const char* name, const char* label, TASKSTATUS status) override
+    {
+        add(std::string("SetTask(") + name + "," + label + "," + std::to_string(status) + ")");
+    }
     bool ConfirmCancel() override { return add("ConfirmCancel"), confirmCancel; }
 
     // The recorded calls that begin with one of `prefixes`, joined by blanks; {""} gives all.
@@ -54,7 +67,8 @@ public:
     {
         std::string joined;
         for (const std::string& call : calls)
-            if (std::any_of(prefixes.begin(), prefixes.end(), [&](const char* prefix) { return call.rfind(prefix, 0) == 0; }))
+            if (std::any_of(prefixes.begin(), prefixes.end(),
+                    [&](const char* prefix) { return call.rfind(prefix, 0) == 0; }))
                 joined += (joined.empty() ? "" : " ") + call;
         return joined;
     }
@@ -70,9 +84,10 @@ private:
     }
 };
 
-class TestEngine : public ProbeInstaller {
+class TestEngine : public ProbeInstaller
+{
 public:
-    std::vector<std::string> sequences;  // what RunFiles was asked to run
+    std::vector<std::string> sequences; // what RunFiles was asked to run
     std::string configFile;
     std::map<std::string, bool> running, installed;
     // An installed copy of the product and the variables its action log holds.
@@ -82,10 +97,16 @@ public:
     std::map<std::string, std::map<std::string, std::string>> appLogs;
 
     int RunFiles(InstallerUI*, const char* tag) override { return sequences.push_back(tag), 0; }
-    int getConfigFileName(char* out, int size) override { return TeskUtils::copyBounded(out, configFile.c_str(), size_t(size)), 0; }
+    int getConfigFileName(char* out, int size) override
+    {
+        return TeskUtils::copyBounded(out, configFile.c_str(), size_t(size)), 0;
+    }
     bool isAppRunning(const char* name, const char*) override { return running[name]; }
     bool IsInstalled(const char* name, unsigned int) override { return installed[name]; }
-    int CheckPreviousInstallation(InstallerUI*, int) override { return previousInstallState = previousInstall; }
+    int CheckPreviousInstallation(InstallerUI*, int) override
+    {
+        return previousInstallState = previousInstall;
+    }
     int InitValuesFromLog(const char*) override
     {
         for (const auto& entry : previousVars)
@@ -98,7 +119,8 @@ public:
     }
     bool getLogFileVar(const char* logPath, const char* name, char* out, int outSize) override
     {
-        return appLogs[logPath].count(name) && (TeskUtils::copyBounded(out, appLogs[logPath][name].c_str(), size_t(outSize)), true);
+        return appLogs[logPath].count(name)
+            && (TeskUtils::copyBounded(out, appLogs[logPath][name].c_str(), size_t(outSize)), true);
     }
 
     bool logged(const std::string& line) const { return log.text().find(line + "\r\n") != std::string::npos; }
@@ -111,7 +133,10 @@ inline std::string testData(const std::string& name)
 }
 
 // The template most engine tests start from.
-inline std::string productXml() { return testData("defaults/product.xml"); }
+inline std::string productXml()
+{
+    return testData("defaults/product.xml");
+}
 
 // Puts `xml` into the engine's cabinet as the file "install.xml" of a solid package.
 inline void putTemplateInCabinet(Installer& engine, const std::string& xml)
@@ -141,7 +166,8 @@ inline int loadWizard(TestEngine& engine, ScriptedUI& ui, const std::string& xml
 // 1 Extra ([SHOW_EXTRA]==1), 2 Licence, 3 Frame with the sub-dialogs Prepare, Options
 // ([CUSTOMIZE]==1) and Copy, 4 Ready (AutoNext on [AUTO_OK]==1), 5 Finish ([END_OK]==1).
 // Each adds "|<letter>+" to TRACE on entering and "|<letter>-" on leaving.
-inline void startOnWelcome(TestEngine& engine, ScriptedUI& ui, const std::map<std::string, std::string>& vars = {})
+inline void startOnWelcome(
+    TestEngine& engine, ScriptedUI& ui, const std::map<std::string, std::string>& vars = {})
 {
     loadWizard(engine, ui, testData("navigation/wizard.xml"));
     for (const auto& var : vars)
@@ -152,10 +178,17 @@ inline void startOnWelcome(TestEngine& engine, ScriptedUI& ui, const std::map<st
 }
 
 // A condition object that answers from a list, the last answer repeating.
-class ScriptedCondition : public DlgCondition {
+class ScriptedCondition : public DlgCondition
+{
 public:
-    explicit ScriptedCondition(std::vector<bool> script) : answers(std::move(script)) {}
-    bool Eval(Installer*, InstallerUI*) override { return answers[asked < answers.size() ? asked++ : asked - 1]; }
+    explicit ScriptedCondition(std::vector<bool> script)
+        : answers(std::move(script))
+    {
+    }
+    bool Eval(Installer*, InstallerUI*) override
+    {
+        return answers[asked < answers.size() ? asked++ : asked - 1];
+    }
     std::vector<bool> answers;
     size_t asked = 0;
 };

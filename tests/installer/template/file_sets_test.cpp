@@ -12,13 +12,22 @@ namespace {
 
 TEST(FileSets, LogDestination)
 {
-    struct Case {
+    struct Case
+    {
         const char* logList;
         int mask;
     } cases[] = {
-        {nullptr, 1},          {"", 1},          {"Uninstall", 1},        {"uninstall", 1},
-        {"Cleanup", 2},        {"Uninstall;Cleanup", 3}, {"Cleanup;None", 0}, {"None;Cleanup", 0},
-        {"Bogus", 0},          {"Bogus;CLEANUP", 2}, {";;Cleanup;", 2},
+        { nullptr, 1 },
+        { "", 1 },
+        { "Uninstall", 1 },
+        { "uninstall", 1 },
+        { "Cleanup", 2 },
+        { "Uninstall;Cleanup", 3 },
+        { "Cleanup;None", 0 },
+        { "None;Cleanup", 0 },
+        { "Bogus", 0 },
+        { "Bogus;CLEANUP", 2 },
+        { ";;Cleanup;", 2 },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.logList ? c.logList : "(null)");
@@ -50,7 +59,7 @@ TEST(FileSets, TablesFromTheTemplate)
     EXPECT_STREQ("Typical", engine.installTypes[0].name);
     EXPECT_STREQ("The usual files", engine.installTypes[0].desc);
     EXPECT_EQ(1, engine.installTypes[0].defaultType);
-    EXPECT_EQ(0, engine.installTypes[1].defaultType);  // Default without EditFileSets
+    EXPECT_EQ(0, engine.installTypes[1].defaultType); // Default without EditFileSets
 
     ASSERT_EQ(2, engine.fileSets.count);
     EXPECT_STREQ("Main", engine.fileSets[0].name);
@@ -70,12 +79,11 @@ TEST(FileSets, TablesFromTheTemplate)
     ASSERT_EQ(5, engine.fileNames.count);
     for (int i = 0; i < 5; ++i) {
         const FILENAMES& f = engine.fileNames[i];
-        std::string flags = std::string(f.expandVarsInFile ? "E" : "-") + (f.executable ? "X" : "-") +
-                            (f.okIfMissing ? "O" : "-") + (f.stripExeExt ? "S" : "-") +
-                            (f.backupExisting ? "B" : "-");
-        EXPECT_EQ(expected[i], std::to_string(f.fileSet) + " " + f.dest + " " + f.alias + " " + f.name +
-                                   " " + std::to_string(f.size) + " " + flags + " " +
-                                   std::to_string(f.log));
+        std::string flags = std::string(f.expandVarsInFile ? "E" : "-") + (f.executable ? "X" : "-")
+            + (f.okIfMissing ? "O" : "-") + (f.stripExeExt ? "S" : "-") + (f.backupExisting ? "B" : "-");
+        EXPECT_EQ(expected[i],
+            std::to_string(f.fileSet) + " " + f.dest + " " + f.alias + " " + f.name + " "
+                + std::to_string(f.size) + " " + flags + " " + std::to_string(f.log));
     }
 
     engine.freeFilesInfo();
@@ -89,9 +97,8 @@ TEST(FileSets, LongTextsAreCut)
 {
     LoadedTemplate t;
     std::string dest(600, 'd'), text(300, 't'), condition(600, 'c');
-    t.loadText("<QuilbGroupInstallation><FileSet Name='S' Condition='" + condition +
-               "'><FN Dest='" + dest + "' Condition='" + condition + "'>" + text +
-               "</FN></FileSet></QuilbGroupInstallation>");
+    t.loadText("<QuilbGroupInstallation><FileSet Name='S' Condition='" + condition + "'><FN Dest='" + dest
+        + "' Condition='" + condition + "'>" + text + "</FN></FileSet></QuilbGroupInstallation>");
     ASSERT_EQ(0, t.installer->GetFilesInfo());
     ASSERT_EQ(1, t.installer->fileNames.count);
     const FILENAMES& file = t.installer->fileNames[0];
@@ -107,18 +114,19 @@ TEST(FileSets, AliasDestination)
     LoadedTemplate t;
     ASSERT_TRUE(t.loadFile("file_sets.xml"));
     t.installer->SetVar("TARGET", "/opt/t");
-    struct Case {
+    struct Case
+    {
         const char* alias;
         int size;
         const char* out;
     } cases[] = {
-        {"readme", 520, "/opt/t/doc/readme.txt"},
-        {"other", 520, "/opt/t/other.txt"},  // any child of a file set with that Alias
-        {"readme", 5, "/opt"},
-        {"install_toolsuninstaller.bin", 520, "untouched"},  // derived aliases never match
-        {"README", 520, "untouched"},
-        {nullptr, 520, "untouched"},
-        {"readme", 0, "untouched"},
+        { "readme", 520, "/opt/t/doc/readme.txt" },
+        { "other", 520, "/opt/t/other.txt" }, // any child of a file set with that Alias
+        { "readme", 5, "/opt" },
+        { "install_toolsuninstaller.bin", 520, "untouched" }, // derived aliases never match
+        { "README", 520, "untouched" },
+        { nullptr, 520, "untouched" },
+        { "readme", 0, "untouched" },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.alias ? c.alias : "(null)");

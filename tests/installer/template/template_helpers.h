@@ -11,9 +11,10 @@
 
 namespace quilbtest {
 
-struct LoadedTemplate {
+struct LoadedTemplate
+{
     PMemoryConsole log;
-    std::unique_ptr<Installer> installer{new Installer()};
+    std::unique_ptr<Installer> installer { new Installer() };
 
     LoadedTemplate()
     {
@@ -39,8 +40,7 @@ struct LoadedTemplate {
     int logCount(const std::string& text) const
     {
         int count = 0;
-        for (size_t at = log.text().find(text); at != std::string::npos;
-             at = log.text().find(text, at + 1))
+        for (size_t at = log.text().find(text); at != std::string::npos; at = log.text().find(text, at + 1))
             ++count;
         return count;
     }

@@ -12,7 +12,8 @@ namespace {
 
 using TextGetter = int (Installer::*)(char*, int);
 
-struct AccessorCase {
+struct AccessorCase
+{
     const char* label;
     const char* templateFile;
     TextGetter getter;
@@ -24,23 +25,25 @@ struct AccessorCase {
 TEST(TemplateAccessors, ReadTagsAsTemplatesWriteThem)
 {
     const AccessorCase cases[] = {
-        {"name", "product_full.xml", &Installer::GetAppName, 200, 0, "ExampleProduct"},
-        {"major version", "product_full.xml", &Installer::GetAppMajorVer, 200, 0, "5"},
-        {"full version", "product_full.xml", &Installer::GetAppFullVer, 200, 0, "5.1.1"},
-        {"website", "product_full.xml", &Installer::GetAppWebsite, 200, 0, "https://example.invalid"},
-        {"support mail", "product_full.xml", &Installer::GetAppSupportEmail, 200, 0, "help@example.invalid"},
-        {"help url", "product_full.xml", &Installer::GetInstallHelpURL, 200, 0,
-         "https://example.invalid/install"},
-        {"expanded title", "product_full.xml", &Installer::GetAppTitle, 200, 0, "Example Setup"},
-        {"log file expanded", "product_full.xml", &Installer::GetInstallLogFile, 200, 0, "/opt/ex/uninstall.log"},
-        {"backup expands to nothing", "product_full.xml", &Installer::GetInstallBackupFile, 200, 1, ""},
-        {"command", "product_full.xml", &Installer::GetUninstallCmd, 200, 0, "/opt/ex/bin/remove"},
-        {"xml file without text", "product_bare.xml", &Installer::GetUninstallXMLFile, 200, -1, ""},
-        {"empty xml file tag", "product_full.xml", &Installer::GetUninstallXMLFile, 200, 1, ""},
-        {"missing website", "product_bare.xml", &Installer::GetAppWebsite, 200, -1, ""},
-        {"empty minor version", "product_bare.xml", &Installer::GetAppFullVer, 200, -1, "2."},
-        {"title falls back to name", "product_bare.xml", &Installer::GetAppTitle, 200, 0, "BareProduct"},
-        {"plain text leaves two bytes", "product_full.xml", &Installer::GetAppName, 8, 0, "Exampl"},
+        { "name", "product_full.xml", &Installer::GetAppName, 200, 0, "ExampleProduct" },
+        { "major version", "product_full.xml", &Installer::GetAppMajorVer, 200, 0, "5" },
+        { "full version", "product_full.xml", &Installer::GetAppFullVer, 200, 0, "5.1.1" },
+        { "website", "product_full.xml", &Installer::GetAppWebsite, 200, 0, "https://example.invalid" },
+        { "support mail", "product_full.xml", &Installer::GetAppSupportEmail, 200, 0,
+            "help@example.invalid" },
+        { "help url", "product_full.xml", &Installer::GetInstallHelpURL, 200, 0,
+            "https://example.invalid/install" },
+        { "expanded title", "product_full.xml", &Installer::GetAppTitle, 200, 0, "Example Setup" },
+        { "log file expanded", "product_full.xml", &Installer::GetInstallLogFile, 200, 0,
+            "/opt/ex/uninstall.log" },
+        { "backup expands to nothing", "product_full.xml", &Installer::GetInstallBackupFile, 200, 1, "" },
+        { "command", "product_full.xml", &Installer::GetUninstallCmd, 200, 0, "/opt/ex/bin/remove" },
+        { "xml file without text", "product_bare.xml", &Installer::GetUninstallXMLFile, 200, -1, "" },
+        { "empty xml file tag", "product_full.xml", &Installer::GetUninstallXMLFile, 200, 1, "" },
+        { "missing website", "product_bare.xml", &Installer::GetAppWebsite, 200, -1, "" },
+        { "empty minor version", "product_bare.xml", &Installer::GetAppFullVer, 200, -1, "2." },
+        { "title falls back to name", "product_bare.xml", &Installer::GetAppTitle, 200, 0, "BareProduct" },
+        { "plain text leaves two bytes", "product_full.xml", &Installer::GetAppName, 8, 0, "Exampl" },
     };
     for (const AccessorCase& c : cases) {
         SCOPED_TRACE(c.label);
@@ -61,24 +64,25 @@ TEST(TemplateAccessors, TitleFallbacks)
 {
     const char* const nameAndVersion = "<Fullname>Name</Fullname><MajorVersion>1</MajorVersion>"
                                        "<MinorVersion>2</MinorVersion><MinestVersion>3</MinestVersion>";
-    struct Case {
+    struct Case
+    {
         const char* label;
         const char* productDesc;
         int size;
         int result;
         const char* title;
     } cases[] = {
-        {"name and version", nameAndVersion, 200, 0, "Name - ver. 1.2.3"},
-        {"as far as the buffer holds", nameAndVersion, 12, 0, "Name - ver."},
-        {"unset variable stays as text", "<Title>[X]</Title><Fullname>Name</Fullname>", 200, 0, "[X]"},
-        {"empty title is no title", "<Title></Title><Fullname>Name</Fullname>", 200, 0, "Name"},
-        {"no name at all", "<MajorVersion>1</MajorVersion>", 200, -1, "Unknown title"},
+        { "name and version", nameAndVersion, 200, 0, "Name - ver. 1.2.3" },
+        { "as far as the buffer holds", nameAndVersion, 12, 0, "Name - ver." },
+        { "unset variable stays as text", "<Title>[X]</Title><Fullname>Name</Fullname>", 200, 0, "[X]" },
+        { "empty title is no title", "<Title></Title><Fullname>Name</Fullname>", 200, 0, "Name" },
+        { "no name at all", "<MajorVersion>1</MajorVersion>", 200, -1, "Unknown title" },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
         LoadedTemplate t;
-        t.loadText(std::string("<QuilbGroupInstallation><ProductDesc>") + c.productDesc +
-                   "</ProductDesc></QuilbGroupInstallation>");
+        t.loadText(std::string("<QuilbGroupInstallation><ProductDesc>") + c.productDesc
+            + "</ProductDesc></QuilbGroupInstallation>");
         char buffer[200];
         EXPECT_EQ(c.result, t.installer->GetAppTitle(buffer, c.size));
         EXPECT_STREQ(c.title, buffer);
@@ -87,17 +91,18 @@ TEST(TemplateAccessors, TitleFallbacks)
 
 TEST(TemplateAccessors, AbortMessageFollowsTheState)
 {
-    struct Case {
+    struct Case
+    {
         SETTINGSTATE state;
         const char* quiet;
         const char* message;
         int skip;
     } cases[] = {
-        {SETTING_IDLE, "0", "Stop installing Example?", 0},
-        {SETTING_WAITING, "0", "Stop installing Example?", 0},
-        {SETTING_WORKING, "0", "Installing now, can't stop.", 0},
-        {SETTING_WORKING, "1", "Installing now, can't stop.", 1},
-        {SETTING_BUSY, "1", "Busy.", 0},
+        { SETTING_IDLE, "0", "Stop installing Example?", 0 },
+        { SETTING_WAITING, "0", "Stop installing Example?", 0 },
+        { SETTING_WORKING, "0", "Installing now, can't stop.", 0 },
+        { SETTING_WORKING, "1", "Installing now, can't stop.", 1 },
+        { SETTING_BUSY, "1", "Busy.", 0 },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.state);
@@ -122,9 +127,9 @@ TEST(TemplateAccessors, ProductDescriptionRecord)
 {
     LoadedTemplate t;
     std::string longName(300, 'n');
-    t.loadText("<QuilbGroupInstallation><ProductDesc><Fullname>" + longName +
-               "</Fullname><LetterVersion>b</LetterVersion><Supportsite>s</Supportsite>"
-               "</ProductDesc></QuilbGroupInstallation>");
+    t.loadText("<QuilbGroupInstallation><ProductDesc><Fullname>" + longName
+        + "</Fullname><LetterVersion>b</LetterVersion><Supportsite>s</Supportsite>"
+          "</ProductDesc></QuilbGroupInstallation>");
     Installer::ProductDescription desc;
     ASSERT_EQ(0, t.installer->GetProductDesc(desc));
     EXPECT_EQ(std::string(198, 'n'), desc.fullName);
@@ -149,10 +154,12 @@ TEST(ControlVariables, NamesAndWarnings)
 
     // A tag without text, a missing tag whose product part exists, and a missing tag whose
     // precondition fails (no ExternalLegacyApplication: no warning).
-    EXPECT_EQ(1, t.logCount("WARNING: Missing tag data for variable specifier in the installation "
-                            "template. (tag ProgressDetails)\r\n"));
-    EXPECT_EQ(1, t.logCount("WARNING: Missing control variable specifier in the installation "
-                            "template. (tag LegacyInstallation)\r\n"));
+    EXPECT_EQ(1,
+        t.logCount("WARNING: Missing tag data for variable specifier in the installation "
+                   "template. (tag ProgressDetails)\r\n"));
+    EXPECT_EQ(1,
+        t.logCount("WARNING: Missing control variable specifier in the installation "
+                   "template. (tag LegacyInstallation)\r\n"));
     EXPECT_EQ(0, t.logCount("(tag ExternalLegacyInstallation)"));
     EXPECT_EQ(2, t.logCount("WARNING:"));
 
@@ -166,8 +173,8 @@ TEST(ControlVariables, NamesAndWarnings)
     LoadedTemplate none;
     none.loadText("<QuilbGroupInstallation><ProductDesc/></QuilbGroupInstallation>");
     EXPECT_EQ(-1, none.installer->ExtractControlVariableNames());
-    EXPECT_EQ(1, none.logCount(
-                     "WARNING: There are no control variable names provided in the installation xml!\r\n"));
+    EXPECT_EQ(1,
+        none.logCount("WARNING: There are no control variable names provided in the installation xml!\r\n"));
 }
 
 } // namespace

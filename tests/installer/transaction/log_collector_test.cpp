@@ -12,7 +12,8 @@
 
 namespace {
 
-struct ListUI : InstallerUI {
+struct ListUI : InstallerUI
+{
     std::vector<std::string> lines;
     void StartDecompress() override { lines.push_back("start"); }
     int EndDecompress(const char* text, bool close) override
@@ -42,7 +43,7 @@ TEST(LogCollector, ShowsTitleRowsAndARefreshEvery32Rows)
         collector.AddEntry(("row " + std::to_string(i)).c_str());
     ListUI ui;
     collector.OutputLogCollection(&ui, "Title:");
-    std::vector<std::string> expected = {"start", "Title:"};
+    std::vector<std::string> expected = { "start", "Title:" };
     for (int i = 0; i < 34; ++i) {
         expected.push_back("start");
         expected.push_back("row " + std::to_string(i) + (i % 32 == 0 ? "+" : ""));
@@ -54,20 +55,23 @@ TEST(LogCollector, ShowsTitleRowsAndARefreshEvery32Rows)
     LogCollector one;
     one.AddEntry("only");
     one.OutputLogCollection(&untitled, nullptr);
-    EXPECT_EQ(untitled.lines, (std::vector<std::string>{"start", "only+", "null+"}));
+    EXPECT_EQ(untitled.lines, (std::vector<std::string> { "start", "only+", "null+" }));
     one.OutputLogCollection(nullptr, "no front end, nothing at all");
 }
 
 TEST(LogCollector, FailedDirectoryRemovalIsCollected)
 {
-    Installer engine;  // installs the engine's report of directory removals
+    Installer engine; // installs the engine's report of directory removals
     quilbtest::TempDir dir;
     ASSERT_EQ(mkdir(dir.file("full").c_str(), 0755), 0);
     ASSERT_TRUE(quilbtest::writeFile(dir.file("full/file"), ""));
     ASSERT_EQ(mkdir(dir.file("empty").c_str(), 0755), 0);
     ListUI ui;
-    EXPECT_EQ(InstallerFileUtils::DirInfo::Delete(dir.file("full").c_str(), nullptr, &ui, &engine.logCollector), 1);
-    EXPECT_EQ(InstallerFileUtils::DirInfo::Delete(dir.file("empty").c_str(), nullptr, &ui, &engine.logCollector), 0);
+    EXPECT_EQ(
+        InstallerFileUtils::DirInfo::Delete(dir.file("full").c_str(), nullptr, &ui, &engine.logCollector), 1);
+    EXPECT_EQ(
+        InstallerFileUtils::DirInfo::Delete(dir.file("empty").c_str(), nullptr, &ui, &engine.logCollector),
+        0);
     ASSERT_EQ(engine.logCollector.GetCount(), 1);
     EXPECT_EQ(std::string(engine.logCollector.GetEntry(0)), "FAILED to remove " + dir.file("full"));
     EXPECT_EQ(ui.lines[1], "FAILED to remove " + dir.file("full"));

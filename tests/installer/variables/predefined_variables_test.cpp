@@ -13,14 +13,16 @@
 namespace {
 
 // A front end that calls itself graphical.
-class GraphicalUI : public InstallerUI {
+class GraphicalUI : public InstallerUI
+{
 public:
     bool IsGUIInstaller() override { return true; }
 };
 
 } // namespace
 
-const char* const kProxyNames[] = {"HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY", "http_proxy", "https_proxy", "ftp_proxy", "no_proxy"};
+const char* const kProxyNames[] = { "HTTP_PROXY", "HTTPS_PROXY", "FTP_PROXY", "NO_PROXY", "http_proxy",
+    "https_proxy", "ftp_proxy", "no_proxy" };
 
 TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
 {
@@ -28,18 +30,24 @@ TEST(PredefinedVariables, RowsGoBeforeRecordsAndProbesRunOnEveryRead)
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof(self) - 1), 0);
     const std::string program = self;
 
-    for (const char* name : kProxyNames)  // a proxy of the machine would change the answers
+    for (const char* name : kProxyNames) // a proxy of the machine would change the answers
         unsetenv(name);
     setenv("HTTP_PROXY", "http://plain:8080", 1);
     setenv("https_proxy", "http://secure:8443", 1);
     setenv("TMPDIR", "/var/tmp/quilb//", 1);
-    const struct { const char* name; std::string expected; } cases[] = {
-        {"GUI_INSTALL", "0"}, {"INSTALLER_BINARY_NAME", "product.bin"}, {"TEMP_DIR", "/var/tmp/quilb"},
-        {"INSTALLER_DIR", program.substr(0, program.rfind('/') + 1)}, {"installer_file_name", program.substr(program.rfind('/') + 1)},
-        {"WX_PORT", "linux_console"}, {"Operating_System", "linux"}, {"OS_HTTP_PROXY", "http://plain:8080"},
-        {"OS_HTTPS_PROXY", "http://secure:8443"}, {"os_https_proxy", "http://plain:8080"},  // only the upper-case 'S' picks HTTPS
+    const struct
+    {
+        const char* name;
+        std::string expected;
+    } cases[] = {
+        { "GUI_INSTALL", "0" }, { "INSTALLER_BINARY_NAME", "product.bin" }, { "TEMP_DIR", "/var/tmp/quilb" },
+        { "INSTALLER_DIR", program.substr(0, program.rfind('/') + 1) },
+        { "installer_file_name", program.substr(program.rfind('/') + 1) }, { "WX_PORT", "linux_console" },
+        { "Operating_System", "linux" }, { "OS_HTTP_PROXY", "http://plain:8080" },
+        { "OS_HTTPS_PROXY", "http://secure:8443" },
+        { "os_https_proxy", "http://plain:8080" }, // only the upper-case 'S' picks HTTPS
     };
-    quilbtest::TempDir dir;  // holds no package: Init keeps the path all the same
+    quilbtest::TempDir dir; // holds no package: Init keeps the path all the same
     const std::string package = dir.path() + "/build//product.bin";
     for (const auto& c : cases) {
         ProbeInstaller installer;

@@ -12,20 +12,35 @@ TEST(VariableStore, LookupWithModifiers)
 {
     // size: of the caller's buffer; result: FILE is record 1; expected: null where the buffer
     // is not looked at; warning: the whole log, null for a quiet lookup
-    struct Case { const char* name; int size, result; const char* expected; const char* warning; } cases[] = {
-        {"file", 1024, 1, "hello/world.txt", nullptr}, {"FILE:2:5", 1024, 1, "llo/w", nullptr},
-        {"FILE:#/:#.", 1024, 1, "world", nullptr}, {"FILE::#.", 1024, 1, "hello/world", nullptr},
-        {"FILE:#o:#o", 1024, 1, "/w", nullptr},  // the length search starts behind the start
-        {"FILE:#abc", 1024, 1, "hello/world.txt", nullptr}, {"FILE:14", 1024, 1, "t", nullptr},
-        {"FILE:15", 1024, 1, "", nullptr}, {"FILE:1:0", 1024, 1, "", nullptr}, {"FILE:10:99", 1024, 1, "d.txt", nullptr},
-        {"FILE:-3:2", 1024, 1, "he", nullptr},  // a negative start counts as 0
-        {"FILE:a:3", 1024, 1, "hel", "WARNING: Invalid modifier used for substring of a variable: [FILE:a:3]\r\n"},
-        {"FILE:6:5x", 1024, 1, "world.txt", "WARNING: Invalid modifier used for length of a substring of variable: [FILE:6:5x]\r\n"},
-        {"FILE:2", 4, 1, "l", nullptr},  // modifiers work on what fitted the buffer
-        {":FILE", 1024, -1, nullptr, nullptr}, {"operating_system:1:3", 1024, -2, "inu", nullptr},
-        {"$QUILB_STORE_ENV", 1024, -2, "from/env", nullptr},
+    struct Case
+    {
+        const char* name;
+        int size, result;
+        const char* expected;
+        const char* warning;
+    } cases[] = {
+        { "file", 1024, 1, "hello/world.txt", nullptr },
+        { "FILE:2:5", 1024, 1, "llo/w", nullptr },
+        { "FILE:#/:#.", 1024, 1, "world", nullptr },
+        { "FILE::#.", 1024, 1, "hello/world", nullptr },
+        { "FILE:#o:#o", 1024, 1, "/w", nullptr }, // the length search starts behind the start
+        { "FILE:#abc", 1024, 1, "hello/world.txt", nullptr },
+        { "FILE:14", 1024, 1, "t", nullptr },
+        { "FILE:15", 1024, 1, "", nullptr },
+        { "FILE:1:0", 1024, 1, "", nullptr },
+        { "FILE:10:99", 1024, 1, "d.txt", nullptr },
+        { "FILE:-3:2", 1024, 1, "he", nullptr }, // a negative start counts as 0
+        { "FILE:a:3", 1024, 1, "hel",
+            "WARNING: Invalid modifier used for substring of a variable: [FILE:a:3]\r\n" },
+        { "FILE:6:5x", 1024, 1, "world.txt",
+            "WARNING: Invalid modifier used for length of a substring of variable: [FILE:6:5x]\r\n" },
+        { "FILE:2", 4, 1, "l", nullptr }, // modifiers work on what fitted the buffer
+        { ":FILE", 1024, -1, nullptr, nullptr },
+        { "operating_system:1:3", 1024, -2, "inu", nullptr },
+        { "$QUILB_STORE_ENV", 1024, -2, "from/env", nullptr },
         // The whole argument names the environment variable; the warning names the base.
-        {"$QUILB_STORE_ENV:1:3", 1024, -1, "", "WARNING: Environment variable \"QUILB_STORE_ENV\" is not defined!\r\n"},
+        { "$QUILB_STORE_ENV:1:3", 1024, -1, "",
+            "WARNING: Environment variable \"QUILB_STORE_ENV\" is not defined!\r\n" },
     };
     setenv("QUILB_STORE_ENV", "from/env", 1);
     for (const auto& c : cases) {
@@ -57,7 +72,7 @@ TEST(VariableStore, SettingRecords)
     EXPECT_EQ(installer.record(2), std::to_string(VARFLAG_RECALCULATE) + "|d/e|$B/c|d/e");
     EXPECT_EQ(installer.SetVarExt("a", "http://x//y", nullptr, VARFLAG_VERBATIM, nullptr), 0);
     EXPECT_EQ(installer.record(2), std::to_string(VARFLAG_VERBATIM) + "|http://x//y|$B/c|d/e");
-    EXPECT_EQ(installer.SetVar("A", "ftp://z//w"), 0);  // keeps the flags, so stays verbatim
+    EXPECT_EQ(installer.SetVar("A", "ftp://z//w"), 0); // keeps the flags, so stays verbatim
     EXPECT_STREQ(installer.variables[2].value, "ftp://z//w");
 
     // Fields are cut at their sizes; the name is found by its first 1023 characters.
@@ -71,9 +86,9 @@ TEST(VariableStore, SettingRecords)
 TEST(VariableStore, NamesThatCanNotBeSetAndAssignmentTexts)
 {
     ProbeInstaller installer;
-    for (const char* name : {"", "operating_system", "HAVE_RPM"})
+    for (const char* name : { "", "operating_system", "HAVE_RPM" })
         EXPECT_EQ(installer.SetVar(name, "1"), -1) << name;
-    EXPECT_EQ(installer.shellRuns, 1);  // even the existence test runs the probe
+    EXPECT_EQ(installer.shellRuns, 1); // even the existence test runs the probe
 
     // "$NAME" writes the environment (value, else default), makes no record, gives -1.
     EXPECT_EQ(installer.SetVar("$QUILB_STORE_SET", "bar"), -1);
@@ -83,8 +98,12 @@ TEST(VariableStore, NamesThatCanNotBeSetAndAssignmentTexts)
     unsetenv("QUILB_STORE_SET");
     EXPECT_EQ(installer.variables.count, 0);
 
-    const struct { const char* text; int result; } assignments[] = {
-        {"[CUSTOMIZE]='1'", 0}, {"  [MSG] = 'it's here' ", 0}, {"[ONEQUOTE]='x", -1}, {"]NAME['v'", -1}, {nullptr, -1}};
+    const struct
+    {
+        const char* text;
+        int result;
+    } assignments[] = { { "[CUSTOMIZE]='1'", 0 }, { "  [MSG] = 'it's here' ", 0 }, { "[ONEQUOTE]='x", -1 },
+        { "]NAME['v'", -1 }, { nullptr, -1 } };
     for (const auto& a : assignments)
         EXPECT_EQ(installer.SetVar(a.text), a.result) << (a.text ? a.text : "null");
     EXPECT_EQ(installer.variables.count, 2);
@@ -96,10 +115,15 @@ TEST(VariableStore, ResetAndDefaults)
     ProbeInstaller installer;
     installer.SetVar("BASE", "/opt");
     installer.SetVarExt("DIR", "/manual", "$BASE/app", 0, "/default");
-    const struct { const char* name; VariableResetType mode; std::string record; } resets[] = {
-        {"DIR", VARRESET_RECALCULATE, std::to_string(VARFLAG_RECALCULATE) + "|/opt/app|$BASE/app|/default"},
-        {"dir", VARRESET_DEFAULT, std::to_string(VARFLAG_RECALCULATE) + "|/default|$BASE/app|/default"},
-        {"DIR", VARRESET_EXPRESSION, "0|/opt/app|$BASE/app|/default"},
+    const struct
+    {
+        const char* name;
+        VariableResetType mode;
+        std::string record;
+    } resets[] = {
+        { "DIR", VARRESET_RECALCULATE, std::to_string(VARFLAG_RECALCULATE) + "|/opt/app|$BASE/app|/default" },
+        { "dir", VARRESET_DEFAULT, std::to_string(VARFLAG_RECALCULATE) + "|/default|$BASE/app|/default" },
+        { "DIR", VARRESET_EXPRESSION, "0|/opt/app|$BASE/app|/default" },
     };
     for (const auto& reset : resets) {
         EXPECT_EQ(installer.ResetVar(reset.name, reset.mode), 0) << reset.mode;
@@ -111,19 +135,21 @@ TEST(VariableStore, ResetAndDefaults)
     EXPECT_EQ(installer.GetVarDefaultValue("DIR", buffer, sizeof(buffer)), 1);
     EXPECT_STREQ(buffer, "/default");
     EXPECT_EQ(installer.GetVarDefaultValue("OPERATING_SYSTEM", buffer, sizeof(buffer)), -2);
-    EXPECT_STREQ(buffer, "linux");  // no default: the value
+    EXPECT_STREQ(buffer, "linux"); // no default: the value
 }
 
 TEST(Recalculation, UsersFollowWhatTheyUse)
 {
     // Each row defines the chain ROOT <- BIN <- TOOL in another order.
-    const char* const orders[][3] = {
-        {"ROOT", "BIN", "TOOL"}, {"TOOL", "BIN", "ROOT"}, {"BIN", "TOOL", "ROOT"}, {"TOOL", "ROOT", "BIN"}};
+    const char* const orders[][3] = { { "ROOT", "BIN", "TOOL" }, { "TOOL", "BIN", "ROOT" },
+        { "BIN", "TOOL", "ROOT" }, { "TOOL", "ROOT", "BIN" } };
     for (const auto& order : orders) {
         ProbeInstaller installer;
         installer.SetVar("PREFIX", "/usr");
         for (std::string name : order) {
-            const char* expression = name == "ROOT" ? "$PREFIX/app" : name == "BIN" ? "$ROOT/bin" : "$BIN/tool";
+            const char* expression = name == "ROOT" ? "$PREFIX/app"
+                : name == "BIN"                     ? "$ROOT/bin"
+                                                    : "$BIN/tool";
             installer.SetVarExt(name.c_str(), "", expression, VARFLAG_RECALCULATE, nullptr);
         }
         installer.SetVar("PREFIX", "/opt");
@@ -141,7 +167,7 @@ TEST(Recalculation, AssignedSuspendedLongAndFailedValues)
     // An assigned value holds until some other existing variable is written.
     installer.SetVar("ROOT", "/manual");
     EXPECT_EQ(installer.value("ROOT") + " " + installer.value("DATA"), "/manual /manual/data");
-    installer.SetVar("OTHER", "x");  // a new record recalculates nothing
+    installer.SetVar("OTHER", "x"); // a new record recalculates nothing
     EXPECT_EQ(installer.value("ROOT"), "/manual");
     installer.SetVar("OTHER", "y");
     EXPECT_EQ(installer.value("DATA"), "/usr/app/data");
@@ -158,7 +184,8 @@ TEST(Recalculation, AssignedSuspendedLongAndFailedValues)
     installer.SetVarExt("LONG", "", "$PREFIX.$PREFIX", VARFLAG_RECALCULATE, "dflt");
     installer.SetVarExt("BROKEN", "abcdefgh", "xy$MISSING", VARFLAG_RECALCULATE, nullptr);
     installer.SetVar("PREFIX", std::string(400, 'q').c_str());
-    EXPECT_EQ(installer.record(4), std::to_string(VARFLAG_RECALCULATE) + "|" + std::string(400, 'q') + "." + std::string(118, 'q') +
-                                       "|$PREFIX.$PREFIX|dflt");
+    EXPECT_EQ(installer.record(4),
+        std::to_string(VARFLAG_RECALCULATE) + "|" + std::string(400, 'q') + "." + std::string(118, 'q')
+            + "|$PREFIX.$PREFIX|dflt");
     EXPECT_EQ(installer.value("BROKEN"), "xycdefgh");
 }

@@ -6,14 +6,18 @@
 #include "foundation/streams/pmemory_console.h"
 #include "installer/installer.h"
 
-class ProbeInstaller : public Installer {
+class ProbeInstaller : public Installer
+{
 public:
     ProbeInstaller()
     {
         log.flags = 0;
         InitDebugMode(&log, 0);
     }
-    int runShellStatus(const char* command) override { return lastCommand = command, ++shellRuns, shellStatus; }
+    int runShellStatus(const char* command) override
+    {
+        return lastCommand = command, ++shellRuns, shellStatus;
+    }
 
     // Adds a record directly, past the case-insensitive lookup of SetVarExt.
     void appendRecord(const char* name, const char* value)
@@ -26,7 +30,8 @@ public:
     std::string value(const char* name, bool byDefault = false)
     {
         char buffer[1024];
-        int found = byDefault ? GetVarDefaultValue(name, buffer, sizeof(buffer)) : GetVar(name, buffer, sizeof(buffer));
+        int found = byDefault ? GetVarDefaultValue(name, buffer, sizeof(buffer))
+                              : GetVar(name, buffer, sizeof(buffer));
         return found == -1 ? "<unknown>" : buffer;
     }
     // Record `index` as "flags|value|expression|default".
