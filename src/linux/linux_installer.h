@@ -22,6 +22,42 @@ public:
     LinuxInstaller(int uiMode, bool automated, VarsJournal* journal, EnvCache* cache);
     ~LinuxInstaller() override;
 
+    // The user's identity across the elevation (user_environment.cpp). The environment
+    // variables that carry it:
+    static const char* const kOriginalUidVar; // "QUILB_INSTALL_ORIGINAL_UID", real user id
+    static const char* const kOriginalGidVar; // "QUILB_INSTALL_ORIGINAL_GID", real group id
+    static const char* const kOriginalEgidVar; // "QUILB_INSTALL_ORIGINAL_EGID", effective group id
+    static const char* const kOriginalUserNameVar; // "QUILB_INSTALL_ORIGINAL_USER_NAME", login name
+    static const char* const kOriginalHomeVar; // "QUILB_INSTALL_ORIGINAL_HOME", home directory
+
+    // Bits of the mask that the identity operations give; 0 means all went well.
+    enum EnvironmentError : unsigned {
+        kEnvMissing = 1, // a value was missing, rather than failing to apply
+        kEnvUid = 2,
+        kEnvGid = 4,
+        kEnvEgid = 8,
+        kEnvHome = 16,
+        kEnvUser = 32,
+    };
+
+    // Stores this process's ids, login name and $HOME in the five variables (overwriting).
+    // True only when all was stored and HOME was set.
+    static bool saveUserEnvironment();
+    // Which of the five variables are missing: each one adds its bit and bit value 1; 0 when
+    // all are there.
+    static unsigned checkOriginalUserEnvironment();
+    // For a process that was started as root directly (by sudo, pkexec or root itself): the
+    // variables derived from SUDO_USER, SUDO_UID and SUDO_GID, or, where SUDO_UID is missing,
+    // from PKEXEC_UID and the password database; the home comes from the password database.
+    // The mask of what could not be had (46 for a bare root); 0 when all was stored.
+    static unsigned saveElevatedEnvironment();
+    // Takes on the user's identity from the variables (group first, then user, then HOME),
+    // falling back to SUDO_GID/SUDO_UID and the password database's home. Changes the process
+    // for good: for children only. The mask of failures (bit value 1: values were missing).
+    static unsigned restoreUserEnvironment();
+    // "{uid, home}" for the bits of `mask` (bit value 1 has no name, so 1 gives "{}"); "" for 0.
+    static TeskUtils::CharString environmentErrorStringFromMask(unsigned mask);
+
     // Process and installation probes (app_probes.cpp).
     // True when a process whose program file is called `name` runs; the second argument
     // plays no part. False for a null name.
