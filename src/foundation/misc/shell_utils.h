@@ -7,6 +7,24 @@ namespace ShellUtils {
 // (also for a null command).
 int CommandExists(const char* command);
 
+// Replaces this process by the running program started again as root, with the arguments
+// argv[1..argc-1] (the caller adds "-child"). `gui` true tries "gksudo -k", then "gksu -S -k",
+// with the arguments as one shell command text; without either, a process on a terminal goes
+// on as with `gui` false, and one without a terminal tries "pkexec", through "env" so that the
+// display, the X authority, the installer's variables and the user's identity survive
+// pkexec's cleared environment. `gui` false uses "sudo -E argv[0] argv[1] ..." where sudo
+// exists, otherwise "su -m -c" with the command text. Returns only on failure, with false:
+// the program's path could not be had, no graphical tool was found off a terminal, or the
+// exec failed.
+bool execSuperuserCmd(int argc, const char* const* argv, bool gui);
+
+// Writes `argument` into `out` (at most size-1 characters and a NUL) for a shell command
+// text: an argument with an '=' among its first size-2 characters gets its value behind the
+// '=' put between two `quote` characters (-log=/a b becomes -log='/a b'); any other argument
+// is copied unchanged, spaces and all. Does nothing for a null argument or output or a size
+// below 1.
+void WrapArgumentValue(const char* argument, char* out, int size, char quote);
+
 } // namespace ShellUtils
 
 // Copies $PATH into `buffer` (new[]) and splits it in place at each ':' into `dirs`, an
