@@ -114,7 +114,7 @@ TEST(ExecSuperuserCmd, ChoosesTheToolAndQuotesTheCommand)
     const std::string self = selfPath();
     const std::vector<const char*> argv
         = { "./installer", "-log=/tmp/a b/c", "-x=say \"hi\"", "a b", "-child" };
-    const std::string command = "'" + self + "' -log='/tmp/a b/it's' -x='say \"hi\"' a b -child";
+    const std::string command = "'" + self + "' -log='/tmp/a b/c' -x='say \"hi\"' a b -child";
     const std::string sudo
         = "sudo\n[-E]\n[./installer]\n[-log=/tmp/a b/c]\n[-x=say \"hi\"]\n[a b]\n[-child]\n";
     struct Row
