@@ -8,6 +8,7 @@
 // under src/installer/<area>/, and the declarations below are grouped by the same areas,
 // in the same order. Add members to the section of their area.
 
+#include "foundation/strings/error_code.h"
 #include "foundation/strings/path_size.h"
 #include "foundation/strings/ptr_array.h"
 #include "foundation/strings/table.h"
@@ -25,6 +26,7 @@ class BackupFile;
 #include "foundation/xml/pxml.h"
 #include "installer/model/colour_theme.h"
 #include "installer/model/file_sets.h"
+#include "installer/transaction/extended_run_params.h"
 #include "installer/transaction/log_collector.h"
 #include "installer/wizard/dialog_records.h"
 #include "installer/wizard/install_exchange_info.h"
@@ -488,12 +490,6 @@ public:
     // Set when an install run reported its failure.
     bool installFailed = false;
 
-    // Once per engine: the sequence "PostInstall", the variable block of the action log
-    // rewritten, and for a console install the configuration file for unattended
-    // repeats. Always 0.
-    int postInstall(InstallerUI* ui);
-    bool postInstallDone = false;
-
     // ---- Action log (transaction/log_variables.cpp) ---------------------------------------
     // Writes the variable block: "NUMVARS", TAB, count, then "VAR", TAB, name, TAB, value
     // for every named variable not excluded from the log. Always 0.
@@ -512,11 +508,71 @@ public:
     // One variable out of the action log at `logPath`; false when it isn't there.
     virtual bool getLogFileVar(const char* logPath, const char* name, char* out, int outSize);
 
-    // ---- Later stages (model/pending_operations.cpp until their work lands) ---------------
-    // Runs the action sequence `tag` of the template. The body here
-    // (model/pending_operations.cpp) only logs; the action sequences fill it in.
+    // ---- Action sequences (transaction/action_sequences.cpp) ------------------------------
+    // The flags of runProgram.
+    enum RunProgramFlags : unsigned {
+        RUN_OPEN = 1, // the program is a document or URL to open
+        RUN_WAIT = 2, // block until the child ends
+        RUN_AS_ROOT = 4, // keep the installer's identity; otherwise the user's comes back
+        RUN_ASYNCHRONOUS = 8, // poll the child while the front end stays alive (Idle)
+        RUN_PROGRESS = 16, // move the overall progress by one per poll
+        RUN_NO_STDERR = 32, // the child closes its standard error
+        RUN_CAPTURE = 128, // read the child's standard output into the given string
+    };
+    // The fixed arguments of one program run; `arguments` and `workDir` may be null.
+    struct RunProgramContext
+    {
+        const char* program;
+        const char* arguments;
+        const char* workDir;
+        unsigned flags;
+    };
+    // Starts `cmd` (with `args`, unchanged, behind it), or with RUN_OPEN opens the document
+    // `cmd`, and waits, polls every `pollMs` with `ui` alive, captures into `output` or
+    // leaves the child running, as `flags` say. An empty ErrorCode on success; otherwise
+    // its code is the child's exit code, its raw wait status when it did not exit, an
+    // errno, -1 for an empty command line or 1 when no browser was found to open a
+    // document. Here no program can be started: always the error -1; LinuxInstaller runs
+    // them.
+    virtual TeskUtils::ErrorCode runProgram(const char* cmd, const char* args, unsigned flags,
+        const char* workDir, InstallerUI* ui, unsigned pollMs, TeskUtils::CharString* output,
+        const ExtendedRunProgramParams* ext) const;
+    // Performs every template element named `tag`, in document order: their actions (run
+    // or open a program, copy, remove or create a file, change an owner), each under its
+    // own Condition. -1 for a null tag; 1 when a CreateFile failed; otherwise 0, whatever
+    // else failed (the debug console and the actions' ResultVariable see that).
     virtual int RunFiles(InstallerUI* ui, const char* tag);
+    // runProgram with no output string, and a debug line on the start of the program
+    // named `label` (without the command line when `lessDebug` is set). Gives runProgram's
+    // ErrorCode.
+    TeskUtils::ErrorCode runProgramAndReport(const RunProgramContext& context,
+        const ExtendedRunProgramParams* ext, InstallerUI* ui, int pollMs, const char* label,
+        unsigned lessDebug) const;
+    // Reads the children of the RunProgramEx element `node` into `params` and its expanded
+    // FileName into `fileName`. Bad Environment and Pipe children are logged and left out.
+    // Errors (context "RunProgramEx"): -1 bad node, -2 children not enumerable, -3
+    // FileName that expands to nothing.
+    TeskUtils::ErrorCode extractExtendedRunParams(
+        ExtendedRunProgramParams& params, TeskUtils::CharString& fileName, int node);
+    // One Pipe / Environment child into its record. Errors carry the code -1.
+    TeskUtils::ErrorCode extractExtendedRunPipe(ExtendedRunProgramParams::Pipe& pipe, const NODEI& node);
+    TeskUtils::ErrorCode extractExtendedRunEnvironment(
+        ExtendedRunProgramParams::Environment& environment, const NODEI& node);
+    // Writes the packed file `alias` into the existing directory `destDir` (variables
+    // expanded in it when `expand`, its extension cut when `stripExt`) with `mode`. The
+    // path written; throws InstallerError on every failure. The file is logged nowhere.
+    TeskUtils::CharString createFileFromAlias(
+        const char* alias, const char* destDir, bool expand, bool stripExt, unsigned mode);
+    // chown of the expanded path `file` to "uid;gid" in `owner` (a part that doesn't start
+    // with a digit stays unchanged). chown's result, or -1 for a bad argument.
+    int changeFileOwner(const char* file, const char* owner);
+    // Once per engine: the sequence "PostInstall", the variable block of the action log
+    // rewritten, and for a console install the configuration file for unattended
+    // repeats. Always 0.
+    int postInstall(InstallerUI* ui);
+    bool postInstallDone = false;
 
+    // ---- Later stages (model/pending_operations.cpp until their work lands) ---------------
     // The steps of the run after the files, in their order; each gets the action log and
     // the front end and gives 0 or non-zero.
     virtual int UpdateEnv(PConsole& log, InstallerUI* ui);

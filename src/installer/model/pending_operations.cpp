@@ -1,8 +1,8 @@
 // Operations that the engine's start, the default values, the wizard and the install run
 // already call at their place, but whose work belongs to other parts of the engine. Until
-// those land, each body here reports "nothing found" or "nothing done" (the action
-// sequences only log), so that a run behaves as on a machine where nothing was ever
-// installed. Every such body carries the marker PLACEHOLDER, so that
+// those land, each body here reports "nothing found" or "nothing done", so that a run
+// behaves as on a machine where nothing was ever installed. Every such body carries the
+// marker PLACEHOLDER, so that
 //     grep -rn PLACEHOLDER src
 // lists what remains.
 #include "foundation/streams/pconsole.h"
@@ -53,18 +53,6 @@ bool Installer::getAppLogFileName(const char* name, char* out, int size)
     if (out && size > 0)
         out[0] = '\0';
     return false;
-}
-
-// PLACEHOLDER: filled in with the action sequences. Until then every sequence behaves as one that the
-// template doesn't hold: announced, and nothing run.
-int Installer::RunFiles(InstallerUI* ui, const char* tag)
-{
-    (void)ui;
-    if (!tag)
-        return -1;
-    if (debugConsole)
-        debugConsole->Dump("Running Files for installation tag: <%s>", tag);
-    return 0;
 }
 
 // PLACEHOLDER: filled in with the integrated uninstall of older versions.
