@@ -26,6 +26,7 @@ class BackupFile;
 #include "foundation/xml/pxml.h"
 #include "installer/model/colour_theme.h"
 #include "installer/model/file_sets.h"
+#include "installer/model/platform_records.h"
 #include "installer/transaction/extended_run_params.h"
 #include "installer/transaction/log_collector.h"
 #include "installer/wizard/dialog_records.h"
@@ -333,6 +334,27 @@ public:
     // Runs a shell command line and gives its exit status as system() does; the probes of
     // HAVE_RPM and HAVE_DPKG go through it.
     virtual int runShellStatus(const char* command);
+    // Stops the processes of the program `name`; `directory` may narrow the search. True when
+    // one was signalled. False here.
+    virtual bool terminateApp(const char* name, bool force, const char* directory);
+
+    // ---- Platform steps, overridden by LinuxInstaller (model/platform_steps.cpp) ----------
+    // Makes the shortcut `path` of `type` to `target` and describes it for the action log in
+    // `record` (recordSize bytes, cleared first). True on success; false here.
+    virtual bool createShortcut(ShortcutType type, const char* path, const char* target,
+        const char* description, const char* arguments, const char* startPath, const char* iconPath,
+        char* record, int recordSize, unsigned elevate, InstallerUI* ui);
+    // Removes the shortcut that a createShortcut record names. True if something was
+    // removed; false here.
+    virtual bool undoShortcut(const char* record, InstallerUI* ui);
+    // Undoes the INI change of an action log record. True; here nothing is done.
+    virtual bool undoIniFile(const char* record, InstallerUI* ui);
+    // Firewall exceptions for a program or a port, added and removed: 0 done, 1 the firewall
+    // service is off, 2 error. Always 2 here.
+    virtual int addFirewallApp(const char* path, const char* name);
+    virtual int removeFirewallApp(const char* record);
+    virtual int addFirewallPort(const FirewallPort& port);
+    virtual int removeFirewallPort(const char* record);
 
     // ---- Dialog model (wizard/dialogs.cpp) ------------------------------------------------
     TeskUtils::Table<DLGINFO, 16> dialogs;
@@ -618,8 +640,6 @@ public:
     // The cleanup log shown, and carried out.
     virtual void showCleanupDetails(InstallerUI* ui);
     virtual int CleanupInstall(InstallerUI* ui);
-    // Stops the processes of the program `name`; `directory` may narrow the search.
-    virtual bool terminateApp(const char* name, bool force, const char* directory);
     // Adds the installed products whose names contain `name` to `hits`; their number.
     virtual int InstalledList(TeskUtils::Table<TeskUtils::CharString, 16>* hits, const char* name,
         const char* publisher, unsigned int flags);

@@ -1,5 +1,8 @@
 // LinuxInstaller's answers to "does this program run?" and "is this product installed?",
-// which the dialog conditions and the default values ask.
+// which the dialog conditions and the default values ask, and the stopping of a program
+// before its file is replaced.
+#include <cerrno>
+#include <csignal>
 #include <cstring>
 
 #include "foundation/misc/path_utils.h"
@@ -16,6 +19,38 @@ bool LinuxInstaller::isAppRunning(const char* name, const char* ignored)
     TeskUtils::Table<int, 100> pids;
     TeskUtils::uniListProcessesMatching(name, pids);
     return pids.count > 0;
+}
+
+bool LinuxInstaller::terminateApp(const char* name, bool force, const char* path)
+{
+    (void)force;
+    if (!name)
+        return false;
+    TeskUtils::Table<int, 100> pids;
+    TeskUtils::uniListProcessesMatching(name, pids);
+    // Only processes whose program lies below the given path are signalled: without a path
+    // nobody is, so that a caller waiting for the program goes straight on.
+    if (!path)
+        return false;
+    char directory[TeskUtils::kPathSize];
+    TeskUtils::copyBounded(directory, path, sizeof directory);
+    TeskUtils::uniCorrectPathString(directory);
+
+    bool signalled = false;
+    for (int i = 0; i < pids.count; ++i) {
+        char program[TeskUtils::kPathSize];
+        if (!getProcessFileName(program, sizeof program, pids[i]))
+            continue;
+        TeskUtils::uniCorrectPathString(program);
+        if (!strstr(program, directory))
+            continue;
+        if (kill(pids[i], SIGTERM) == 0) {
+            signalled = true;
+        } else if (debugConsole) {
+            debugConsole->Dump("WARNING: Failed to send kill signal to %d (%s)", pids[i], strerror(errno));
+        }
+    }
+    return signalled;
 }
 
 bool LinuxInstaller::IsInstalled(const char* name, unsigned int flags)

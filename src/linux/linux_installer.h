@@ -62,6 +62,10 @@ public:
     // True when a process whose program file is called `name` runs; the second argument
     // plays no part. False for a null name.
     bool isAppRunning(const char* name, const char* ignored) override;
+    // Sends SIGTERM to every process of the program `name` whose program file lies below
+    // `path`; `force` plays no part. Without a path nobody is signalled. True when at least
+    // one signal went out; false for a null name or path.
+    bool terminateApp(const char* name, bool force, const char* path) override;
     // With bit value 2 in `flags`: whether the path that `name` expands to exists.
     // Otherwise whether `name` (the product's own name for null) is registered as installed.
     bool IsInstalled(const char* name, unsigned int flags) override;
@@ -78,6 +82,31 @@ public:
     int GetTempFile(char* buffer, int size) override;
     // Makes a file written for an FN with Executable mode 0755.
     void applyCustomFileProcessing(const char* path, const FILENAMES& record) override;
+
+    // Shortcuts (shortcuts.cpp). Types 0 and 1 make the symbolic link `path` to `target` (one
+    // that exists already counts as made), types 2 and 4 a bash script that changes into
+    // `startPath` and starts `target` with `arguments`, type 3 a script that opens the address
+    // `target` in a browser found on PATH; 5 and above make nothing. `record` gets
+    // "SYMLINK" or "SHORTCUT", a TAB, the path and a line break. False for a null path, a
+    // link or file that could not be made, no browser, or an unknown type.
+    bool createShortcut(ShortcutType type, const char* path, const char* target, const char* description,
+        const char* arguments, const char* startPath, const char* iconPath, char* record, int recordSize,
+        unsigned elevate, InstallerUI* progressUI) override;
+    // Unlinks the path of a "SYMLINK" or "SHORTCUT" record. True when the record named a
+    // path, whatever the unlink gave; false for any other record.
+    bool undoShortcut(const char* record, InstallerUI* progressUI) override;
+
+    // The help page (help_page.cpp), opened by a forked child as the original user, through
+    // xdg-open or a browser. 0 once the child runs, -1 when fork failed.
+    int EvHelp(InstallerUI* progressUI) override;
+
+    // Undone on this platform (platform_stubs.cpp): undoIniFile gives true, the firewall
+    // operations 2 (error); addFirewallPort also logs a warning.
+    bool undoIniFile(const char* record, InstallerUI* progressUI) override;
+    int addFirewallApp(const char* path, const char* name) override;
+    int removeFirewallApp(const char* record) override;
+    int addFirewallPort(const FirewallPort& port) override;
+    int removeFirewallPort(const char* record) override;
 
     // Set for the second object of an integrated uninstall, otherwise null.
     InstallerUI* ui = nullptr;

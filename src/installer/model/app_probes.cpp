@@ -12,6 +12,15 @@ bool Installer::isAppRunning(const char* name, const char* directory)
     return false;
 }
 
+// The engine alone controls no process: a platform that can stop programs overrides this.
+bool Installer::terminateApp(const char* name, bool force, const char* directory)
+{
+    (void)name;
+    (void)force;
+    (void)directory;
+    return false;
+}
+
 bool Installer::IsInstalled(const char* name, unsigned int flags)
 {
     (void)name;

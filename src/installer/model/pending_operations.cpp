@@ -173,15 +173,6 @@ int Installer::UpdateFirewall(PConsole& log, InstallerUI* ui)
     return 0;
 }
 
-// PLACEHOLDER: filled in with the Linux process control; here no process is stopped.
-bool Installer::terminateApp(const char* name, bool force, const char* directory)
-{
-    (void)name;
-    (void)force;
-    (void)directory;
-    return false;
-}
-
 // PLACEHOLDER: filled in with the list of installed applications.
 int Installer::InstalledList(TeskUtils::Table<TeskUtils::CharString, 16>* hits, const char* name,
     const char* publisher, unsigned int flags)
