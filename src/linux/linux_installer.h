@@ -58,6 +58,22 @@ public:
     // "{uid, home}" for the bits of `mask` (bit value 1 has no name, so 1 gives "{}"); "" for 0.
     static TeskUtils::CharString environmentErrorStringFromMask(unsigned mask);
 
+    // The process runner (process_runner.cpp). Starts `cmd` quoted, with `args` unchanged
+    // behind it, or with RUN_OPEN opens the document `cmd` through "xdg-open" or a known
+    // browser; the child gets back the calling user's environment unless RUN_AS_ROOT is set,
+    // and is waited for, polled every `pollMs` with `progressUI` alive, or left running, as
+    // `flags` say (see Installer::RunProgramFlags); with RUN_CAPTURE its standard output
+    // goes into `output`. Extended parameters are logged and not acted on. An empty
+    // ErrorCode on success; else -1 for an empty command, 1 for no browser, an errno for a
+    // failed pipe or fork, the raw wait status of a child that did not exit, or its exit
+    // code (an exec failure exits with its errno, a missing user environment with 1).
+    TeskUtils::ErrorCode runProgram(const char* cmd, const char* args, unsigned flags, const char* workDir,
+        InstallerUI* progressUI, unsigned pollMs, TeskUtils::CharString* output,
+        const ExtendedRunProgramParams* ext) const override;
+    // Reads `fd` to its end into `out` (also what came before a failure). 0 at the end of
+    // the file, else the errno of the failed read.
+    static int readFileDescriptor(int fd, TeskUtils::CharString& out);
+
     // Process and installation probes (app_probes.cpp).
     // True when a process whose program file is called `name` runs; the second argument
     // plays no part. False for a null name.
