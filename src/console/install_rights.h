@@ -4,6 +4,10 @@
 class PConsole;
 
 // Probes the rights to install. Where they are lacking and this is not the elevated copy
-// (`child`), the lack is logged and the run goes on as it is; raising the process to root
-// and carrying the user's identity across belong here.
+// (`child`), the user's identity is stored in the environment and the program replaces
+// itself by a copy started as root through sudo or su, with the same arguments and "-child".
+// Only when that fails does it return, after printing "ERROR: opening with root privileges";
+// the run then goes on with the rights it has. Where the rights are at hand and the identity
+// variables are missing (started as root directly), they are derived from sudo's or pkexec's
+// variables; a failure there is only logged.
 void ensureInstallRights(bool child, int argc, char** argv, PConsole* log);
