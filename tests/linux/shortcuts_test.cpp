@@ -155,3 +155,73 @@ TEST(Shortcuts, NothingForUnknownTypesAndForeignRecords)
 }
 
 } // namespace
+
+namespace {
+
+// Inside the sandbox: shortcuts of every kind in the places an installer puts them, used, and
+// removed by their records.
+void makeShortcutsInSystemPlaces()
+{
+    ASSERT_EQ(
+        quilbtest::runCommand("mkdir -p '/opt/quilb notes/bin' /opt/quilb_browser /usr/share/applications "
+                              "/root/Desktop && printf '#!/bin/sh\\necho \"${0##*/}:$*\"\\n' | tee "
+                              "'/opt/quilb notes/bin/notes' /opt/quilb_browser/lynx >/dev/null && chmod 755 "
+                              "'/opt/quilb notes/bin/notes' /opt/quilb_browser/lynx")
+            .exitCode,
+        0);
+    const std::string oldPath = getenv("PATH") ? getenv("PATH") : "";
+    setenv("PATH", ("/opt/quilb_browser:" + oldPath).c_str(), 1);
+
+    struct Row
+    {
+        ShortcutType type;
+        const char* path;
+        const char* target;
+        const char* ran; // what running the shortcut printed
+    } rows[] = {
+        { SHORTCUT_FILE, "/usr/share/applications/quilb_notes.sh", "bin/notes", "notes:--start\n" },
+        { SHORTCUT_UNINSTALL, "/usr/share/applications/quilb_uninstall.sh", "/opt/quilb notes/bin/notes",
+            "notes:--start\n" },
+        { SHORTCUT_URL, "/root/Desktop/quilb_web.sh", "http://example.org/notes",
+            "lynx:http://example.org/notes\n" },
+        { SHORTCUT_SYMLINK, "/usr/bin/quilb-notes", "/opt/quilb notes/bin/notes", "quilb-notes:--start\n" },
+        { SHORTCUT_LINK, "/root/Desktop/Notes", "/opt/quilb notes/bin/notes", "Notes:--start\n" },
+    };
+    LinuxInstaller installer(0, false, nullptr, nullptr);
+    for (const Row& row : rows) {
+        char record[4096];
+        ASSERT_TRUE(installer.createShortcut(row.type, row.path, row.target, nullptr, "--start",
+            "/opt/quilb notes", nullptr, record, sizeof record, 0, nullptr))
+            << row.path;
+        struct stat info;
+        ASSERT_EQ(lstat(row.path, &info), 0) << row.path;
+        bool link = row.type == SHORTCUT_LINK || row.type == SHORTCUT_SYMLINK;
+        EXPECT_EQ(S_ISLNK(info.st_mode), link) << row.path;
+        std::string command = quilbtest::shellQuote(row.path);
+        // A script brings its own arguments; a link is given them.
+        if (link)
+            command += " --start";
+        EXPECT_EQ(quilbtest::runCommand(command).output, row.ran) << row.path;
+        EXPECT_TRUE(installer.undoShortcut(record, nullptr)) << row.path;
+        EXPECT_NE(lstat(row.path, &info), 0) << row.path;
+    }
+    setenv("PATH", oldPath.c_str(), 1);
+}
+
+TEST(ShortcutsInSandbox, LandInSystemPlacesAndGoAgain)
+{
+    if (getenv("QUILB_IN_SANDBOX") && getenv("QUILB_SHORTCUTS_INSIDE")) {
+        makeShortcutsInSystemPlaces();
+        return;
+    }
+    QUILB_REQUIRE_SANDBOX();
+    char self[4096] = {};
+    ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
+    quilbtest::CommandResult result
+        = quilbtest::runInSandbox("QUILB_SHORTCUTS_INSIDE=1 " + quilbtest::shellQuote(self)
+            + " --gtest_filter=ShortcutsInSandbox.LandInSystemPlacesAndGoAgain; echo \"exit=$?\"");
+    EXPECT_NE(result.output.find("[  PASSED  ] 1 test.\nexit=0\n"), std::string::npos) << result.output;
+    EXPECT_FALSE(quilbtest::fileExists("/usr/share/applications/quilb_notes.sh"));
+}
+
+} // namespace
