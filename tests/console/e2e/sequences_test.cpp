@@ -19,7 +19,6 @@ const char* const kTemplate = R"(<QuilbGroupInstallation>
   <Dialogs>
     <CopyProgress Special="AutoNext"><Text x="1" y="1" w="10" h="1">Copying.</Text></CopyProgress>
     <PostInstall Special="AutoNext"/>
-    <Failed Special="Finish" Condition="[INSTALL_ERROR]==1"><Text x="1" y="1" w="10" h="1">Install error noted.</Text></Failed>
     <Finish Special="Finish"><Text x="1" y="1" w="10" h="1">All done.</Text></Finish>
   </Dialogs>
   <Installation>
@@ -29,13 +28,10 @@ const char* const kTemplate = R"(<QuilbGroupInstallation>
       <UninstallCmd>[TARGET]/uninstall/uninstaller_console</UninstallCmd>
       <UninstallXmlFile>[TARGET]/uninstall/install.xml</UninstallXmlFile>
     </Uninstall>
-    <InstallerControlVariables><InstallError>INSTALL_ERROR</InstallError></InstallerControlVariables>
     <DefValues>
       <Value Name="TARGET" DataType="value">/opt/sequence-check</Value>
       <Value Name="OWNER" DataType="value">Ada</Value>
       <Value Name="SKIP" DataType="value">0</Value>
-      <Value Name="BADALIAS" DataType="value">0</Value>
-      <Value Name="INSTALL_ERROR" DataType="value">0</Value>
     </DefValues>
     <FileSet Name="Main">
       <FN Dest="[TARGET]/uninstall">install.xml</FN>
@@ -51,18 +47,12 @@ const char* const kTemplate = R"(<QuilbGroupInstallation>
       <RunProgram Arguments="home" Wait="" ResultVariable="R_HOME">[TARGET]/bin/step.sh</RunProgram>
       <RunProgram Arguments="args 'two  words' [OWNER];echo dropped" Wait="" AsRoot="" WorkDir="[TARGET]/uninstall">[TARGET]/bin/step.sh</RunProgram>
       <CreateFile Dest="[TARGET]/bin" ExpandVarsInFile="" FileMod="0640" ResultVariable="R_CREATE">files/created.conf</CreateFile>
-      <CreateFile Condition="[BADALIAS]==1" Dest="[TARGET]/bin">files/absent.conf</CreateFile>
+      <CreateFile Dest="[TARGET]/bin">files/absent.conf</CreateFile>
       <CopyFile Dest="[TARGET]/bin/copy.conf">[TARGET]/bin/created.conf</CopyFile>
     </AdditionalInstall>
-    <AdditionalInstall Condition="[SKIP]==1">
-      <RunProgram Arguments="never" Wait="" AsRoot="">[TARGET]/bin/step.sh</RunProgram>
-    </AdditionalInstall>
-    <AdditionalInstall>
-      <RunProgram Arguments="second" Wait="" AsRoot="">[TARGET]/bin/step.sh</RunProgram>
-    </AdditionalInstall>
-    <PostInstall>
-      <RunProgram Arguments="post [R_FAIL]" Wait="" AsRoot="">[TARGET]/bin/step.sh</RunProgram>
-    </PostInstall>
+    <AdditionalInstall Condition="[SKIP]==1"><RunProgram Arguments="never" Wait="">/bin/x</RunProgram></AdditionalInstall>
+    <AdditionalInstall><RunProgram Arguments="second" Wait="" AsRoot="">[TARGET]/bin/step.sh</RunProgram></AdditionalInstall>
+    <PostInstall><RunProgram Arguments="post [R_FAIL]" Wait="" AsRoot="">[TARGET]/bin/step.sh</RunProgram></PostInstall>
   </Installation>
 </QuilbGroupInstallation>
 )";
@@ -110,106 +100,41 @@ struct SequenceProduct
     std::string target(const std::string& rest = "") const { return work.path() + "/target" + rest; }
 };
 
-// The value of `name` in the variable block of an action log.
-std::string logVariable(const std::string& log, const std::string& name)
-{
-    size_t at = log.find("VAR\t" + name + "\t");
-    if (at == std::string::npos)
-        return "<missing>";
-    at += 5 + name.size();
-    return log.substr(at, log.find("\r\n", at) - at);
-}
-
-// The user whose environment a child gets back: as the front end finds it after elevation.
-std::vector<std::string> userEnvironment(const std::string& home)
-{
-    return { "QUILB_INSTALL_ORIGINAL_UID=0", "QUILB_INSTALL_ORIGINAL_GID=0", "QUILB_INSTALL_ORIGINAL_EGID=0",
-        "QUILB_INSTALL_ORIGINAL_USER_NAME=root", "QUILB_INSTALL_ORIGINAL_HOME=" + home };
-}
-
 TEST(SequencesTest, SequencesRunInOrderAndEveryProgramReportsItsEnd)
 {
     QUILB_REQUIRE_SANDBOX();
     SequenceProduct product;
     ASSERT_NO_FATAL_FAILURE(product.pack());
     const std::string t = product.target();
-    const std::string temp = product.work.file("tmp");
-    ASSERT_EQ(runCommand("mkdir " + shellQuote(temp)).exitCode, 0);
-    std::vector<std::string> env = userEnvironment("/home/original");
-    env.push_back("TMPDIR=" + temp);
+    std::vector<std::string> env
+        = { "QUILB_INSTALL_ORIGINAL_UID=0", "QUILB_INSTALL_ORIGINAL_GID=0", "QUILB_INSTALL_ORIGINAL_EGID=0",
+              "QUILB_INSTALL_ORIGINAL_USER_NAME=root", "QUILB_INSTALL_ORIGINAL_HOME=/home/original" };
 
-    CommandResult run = runConsole(product.installer,
-        { "-auto", "-quiet=0", "-debug", "-VARIABLE_TARGET=" + t }, product.work.path(), "", env);
-    ASSERT_EQ(run.exitCode, 0) << run.output;
-    EXPECT_TRUE(inOrder(
-        run.output, { "Copying.", "Create " + t + "/bin/step.sh", "First step for Ada", "All done." }))
-        << run.output;
-    EXPECT_EQ(run.output.find("Install error noted."), std::string::npos)
-        << "a failing program doesn't fail the installation\n"
+    // The one failing CreateFile fails the step; every other action still runs.
+    CommandResult run = runConsole(
+        product.installer, { "-auto", "-quiet=0", "-VARIABLE_TARGET=" + t }, product.work.path(), "", env);
+    EXPECT_TRUE(inOrder(run.output,
+        { "Create " + t + "/bin/step.sh", "First step for Ada", "There were errors during the installation.",
+            "Error during: Running additional installations", "All done." }))
         << run.output;
 
     // The files came first; the program left running was not waited for; only the part of
     // the arguments before the ";" ran; "PostInstall" saw the result of "AdditionalInstall".
     EXPECT_EQ(readFile(t + "/order.txt"),
         "first\nfail\nhang-start\npoll\nhome /home/original\nargs " + t
-            + "/uninstall 2: two  words Ada\n"
-              "second\npost 3\n");
-
+            + "/uninstall 2: two  words Ada\nsecond\npost 3\n");
     const std::string log = readFile(t + "/uninstall/seq.log");
-    const struct
-    {
-        const char* name;
-        const char* value;
-    } results[] = {
-        { "R_FIRST", "0" },
-        { "R_FAIL", "3" }, // the exit code
-        { "R_MISSING", "2" }, // the errno of the failed exec
-        { "R_HANG", "0" }, // not waited for
-        { "R_POLL", "0" },
-        { "R_HOME", "0" },
-        { "R_CREATE", "0" },
-    };
-    for (const auto& result : results)
-        EXPECT_EQ(logVariable(log, result.name), result.value) << result.name << "\n" << log;
+    for (const char* result :
+        { "R_FIRST\t0", "R_FAIL\t3", "R_MISSING\t2", "R_HANG\t0", "R_POLL\t0", "R_HOME\t0", "R_CREATE\t0" })
+        EXPECT_NE(log.find(std::string("\r\nVAR\t") + result + "\r\n"), std::string::npos) << result << "\n"
+                                                                                           << log;
 
-    EXPECT_EQ(readFile(t + "/bin/created.conf"), "owner=Ada\n");
     struct stat info;
     ASSERT_EQ(stat((t + "/bin/created.conf").c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640u);
+    EXPECT_EQ(readFile(t + "/bin/created.conf"), "owner=Ada\n");
     EXPECT_EQ(readFile(t + "/bin/copy.conf"), "owner=Ada\n");
     EXPECT_EQ(log.find("created.conf"), std::string::npos) << "a created file is logged nowhere";
-
-    const std::string debug = readFile(temp + "/installer_debug.log");
-    EXPECT_TRUE(inOrder(debug,
-        { "Running Files for installation tag: <AdditionalInstall>",
-            "RunProgram was started: (0) \"" + t + "/bin/step.sh first\"",
-            "ERROR: RunProgram was NOT started: (3 | Child process exited with error code) \"" + t
-                + "/bin/step.sh fail\"",
-            "ERROR: RunProgram was NOT started: (2 | Child process exited with error code) \"" + t
-                + "/bin/missing \"",
-            "Created a file from alias(files/created.conf) : \"" + t + "/bin\" (0640)",
-            "Additional copy : \"" + t + "/bin/copy.conf\"",
-            "Running Files for installation tag: <PostInstall>",
-            "RunProgram was started: (0) \"" + t + "/bin/step.sh post 3\"" }))
-        << debug;
-}
-
-TEST(SequencesTest, FailedCreateFileFailsTheStepAndTheSequenceGoesOn)
-{
-    QUILB_REQUIRE_SANDBOX();
-    SequenceProduct product;
-    ASSERT_NO_FATAL_FAILURE(product.pack());
-    const std::string t = product.target();
-    CommandResult run = runConsole(product.installer,
-        { "-auto", "-quiet=0", "-VARIABLE_TARGET=" + t, "-VARIABLE_BADALIAS=1", "-VARIABLE_SKIP=1" },
-        product.work.path(), "", userEnvironment("/home/original"));
-    EXPECT_TRUE(inOrder(run.output,
-        { "There were errors during the installation.", "Encountered errors during installation:",
-            "Error during: Running additional installations", "Install error noted." }))
-        << run.output;
-    const std::string order = readFile(t + "/order.txt");
-    EXPECT_TRUE(inOrder(order, { "first\nskipped\nfail\n", "never\nsecond\npost 3\n" })) << order;
-    EXPECT_EQ(readFile(t + "/bin/copy.conf"), "owner=Ada\n") << "the actions after the failure ran";
 }
 
 } // namespace
