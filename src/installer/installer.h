@@ -347,6 +347,11 @@ public:
     // Removes the shortcut that a createShortcut record names. True if something was
     // removed; false here.
     virtual bool undoShortcut(const char* record, InstallerUI* ui);
+    // Sets `key` in `section` of the INI file `file` to `value` as `action` says (before
+    // `beforeKey` where given), and describes the change in `record`. True on success; here
+    // nothing is done, the record stays as it is, and the result is true.
+    virtual bool doIniFile(const char* file, const char* section, const char* key, const char* value,
+        INIAction action, char* record, int recordSize, InstallerUI* ui, int isPath, const char* beforeKey);
     // Undoes the INI change of an action log record. True; here nothing is done.
     virtual bool undoIniFile(const char* record, InstallerUI* ui);
     // Firewall exceptions for a program or a port, added and removed: 0 done, 1 the firewall

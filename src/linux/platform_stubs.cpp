@@ -4,6 +4,23 @@
 #include "foundation/streams/pconsole.h"
 #include "linux/linux_installer.h"
 
+bool LinuxInstaller::doIniFile(const char* file, const char* section, const char* key, const char* value,
+    INIAction action, char* record, int recordSize, InstallerUI* progressUI, int isPath,
+    const char* beforeKey)
+{
+    (void)file;
+    (void)section;
+    (void)key;
+    (void)value;
+    (void)action;
+    (void)record;
+    (void)recordSize;
+    (void)progressUI;
+    (void)isPath;
+    (void)beforeKey;
+    return true;
+}
+
 bool LinuxInstaller::undoIniFile(const char* record, InstallerUI* progressUI)
 {
     (void)record;

@@ -13,6 +13,11 @@ enum ShortcutType {
     SHORTCUT_UNINSTALL = 4,
 };
 
+// What an INI step does with its key: 1 adds (or sets) it.
+enum INIAction {
+    INI_ADD = 1,
+};
+
 // A firewall port exception: the port, the rule's name (at most 511 characters) and the
 // protocols (bit value 1 TCP, 2 UDP).
 struct FirewallPort

@@ -28,6 +28,22 @@ bool Installer::undoShortcut(const char* record, InstallerUI* ui)
     return false;
 }
 
+bool Installer::doIniFile(const char* file, const char* section, const char* key, const char* value,
+    INIAction action, char* record, int recordSize, InstallerUI* ui, int isPath, const char* beforeKey)
+{
+    (void)file;
+    (void)section;
+    (void)key;
+    (void)value;
+    (void)action;
+    (void)record;
+    (void)recordSize;
+    (void)ui;
+    (void)isPath;
+    (void)beforeKey;
+    return true;
+}
+
 bool Installer::undoIniFile(const char* record, InstallerUI* ui)
 {
     (void)record;
