@@ -116,17 +116,9 @@ public:
     // xdg-open or a browser. 0 once the child runs, -1 when fork failed.
     int EvHelp(InstallerUI* progressUI) override;
 
-    // Undone on this platform (platform_stubs.cpp): doIniFile and undoIniFile give true and
-    // leave the record as it is, the firewall operations 2 (error); addFirewallPort also
-    // logs a warning.
-    bool doIniFile(const char* file, const char* section, const char* key, const char* value,
-        INIAction action, char* record, int recordSize, InstallerUI* progressUI, int isPath,
-        const char* beforeKey) override;
-    bool undoIniFile(const char* record, InstallerUI* progressUI) override;
-    int addFirewallApp(const char* path, const char* name) override;
-    int removeFirewallApp(const char* record) override;
+    // INI files and the other firewall operations keep the engine's defaults, which do
+    // nothing (INI: true, firewall: 2). Adding a port also warns (platform_stubs.cpp).
     int addFirewallPort(const FirewallPort& port) override;
-    int removeFirewallPort(const char* record) override;
 
     // Set for the second object of an integrated uninstall, otherwise null.
     InstallerUI* ui = nullptr;
